@@ -20,6 +20,10 @@ inline bool IsPaletteType(int32_t type) noexcept { return type == ZRPIXEL_PAL4 |
 int32_t ComputedStride(int32_t bitCount, int32_t widthPixels) noexcept;
 /// False for a width whose row length the 29-bit stride can't hold.
 bool RowFits(int32_t bitCount, int32_t widthPixels) noexcept;
+/// True when the caller gives a stride, or the picture's own row fits one.
+inline bool RowsFit(const BITMAPINFOHEADER& header, int32_t stride) noexcept {
+  return stride != 0 || RowFits(header.biBitCount, header.biWidth);
+}
 /// Bytes from a descriptor to the pixels behind it.
 size_t PixelsOffset(const BITMAPINFOHEADER& header) noexcept;
 /// The colour table, or null when biClrUsed is 0.

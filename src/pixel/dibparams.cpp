@@ -26,10 +26,6 @@ int32_t BitOffset(const BITMAPINFOHEADER& header, const RECT& rect) noexcept {
   return static_cast<int32_t>(int64_t{header.biBitCount} * rect.left % 8);
 }
 
-bool RowsFit(const BITMAPINFOHEADER& header, int32_t stride) noexcept {
-  return stride != 0 || RowFits(header.biBitCount, header.biWidth);
-}
-
 /// False for an empty rectangle, and for one that the proportional cuts of an inverted one pushed over the edge.
 bool IsVisible(const BITMAPINFOHEADER& header, const RECT& rect) noexcept {
   return HasArea(rect) && rect.left >= 0 && rect.top >= 0 && rect.right <= header.biWidth &&

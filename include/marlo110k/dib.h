@@ -5,8 +5,8 @@
 // A picture is a BITMAPINFOHEADER, then its colour table or masks, then its pixels; the pixels may also lie
 // elsewhere and then come as a separate pointer (null: those behind the descriptor). Rows are stored
 // bottom-up, rectangles count from the top. A stride of 0 means the computed row length; any other is taken
-// as it is and may be negative. Float pixels lie on 4-byte boundaries. A null rectangle is the whole picture. Descriptors and records carry no
-// locks: any thread, one at a time for what is written.
+// as it is and may be negative. Float pixels lie on 4-byte boundaries. A null rectangle is the whole picture.
+// Descriptors and records carry no locks: any thread, one at a time for what is written.
 #pragma once
 
 #include <cstddef>

@@ -99,4 +99,14 @@ void EndWaiters(tZRQHEAD* queue, plat::Waitable* event) noexcept {
   plat::LeaveLock(&queue->lock);
 }
 
+size_t CountWaiters(const tZRQHEAD* queue) noexcept {
+  Stripe& stripe = StripeOf(queue);
+  std::lock_guard<std::mutex> guard(stripe.mutex);
+  size_t waiters = 0;
+  for (const QueueWaiter* waiter = stripe.first; waiter != nullptr; waiter = waiter->next_) {
+    if (waiter->queue_ == queue) ++waiters;
+  }
+  return waiters;
+}
+
 }  // namespace marlo

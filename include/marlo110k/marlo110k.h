@@ -9,7 +9,6 @@
 #include "marlo110k/contract/stream.h"
 #include "marlo110k/contract/unknown.h"
 #include "marlo110k/contract/wave.h"
-#include "marlo110k/contract/window.h"
 #include "marlo110k/cpu.h"
 #include "marlo110k/list.h"
 #include "marlo110k/platform/event.h"

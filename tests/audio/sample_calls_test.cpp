@@ -10,6 +10,7 @@
 #include "audio/copy.h"
 #include "audio/copy_unittest.h"
 #include "audio/sample_data.h"
+#include "marlo110k/errors.h"
 
 using namespace sample_reference;
 
@@ -253,6 +254,34 @@ TEST(CopyUnitTest, FindsABrokenKernel) {
     marlo::CopyMemberPlain(32, 17)(dest, words.data(), samples, gain);
   };
   EXPECT_EQ(marlo::RunCopyCheck(narrow), E_UNEXPECTED);
+}
+
+// The report's own words, and a box only for a window.
+std::u16string shownText;
+
+uint32_t TakeBox(void*, HZRWINDOW, const char16_t* text, const char16_t*, uint32_t) {
+  shownText = text;
+  return ZRID_OK;
+}
+
+TEST(CopyUnitTest, FailureAddsDetailsAndShowsABoxOverAWindow) {
+  ZrErrorHandler_DetailsInit();
+  ZrMsgBoxSetAppData(nullptr, nullptr, nullptr);
+  ASSERT_EQ(ZrMsgBoxSetHook(TakeBox, nullptr), 1);
+  marlo::ReportCopyCheckFailure(E_UNEXPECTED, 9, nullptr);
+  EXPECT_EQ(shownText, u"");
+  marlo::ReportCopyCheckFailure(E_UNEXPECTED, 10, kZrNoParent);
+  EXPECT_EQ(shownText, u"INTERNAL: AudioCopy unit test failed!");
+  HRESULT code = S_OK;
+  int32_t lines = 0;
+  const char16_t* details = ZrErrorHandler_DetailsInfo(&code, &lines, nullptr);
+  ASSERT_NE(details, nullptr);
+  EXPECT_EQ(std::u16string(details),
+            u"ZrAudioCopy_UnitTest node[9] failed.\r\nZrAudioCopy_UnitTest node[10] failed.\r\n");
+  EXPECT_EQ(code, E_UNEXPECTED);
+  EXPECT_EQ(lines, 2);
+  ZrMsgBoxSetHook(nullptr, nullptr);
+  ZrErrorHandler_DetailsInit();
 }
 
 }  // namespace

@@ -22,4 +22,5 @@
 #include "marlo110k/platform/file.h"
 #include "marlo110k/platform/lock.h"
 #include "marlo110k/queue.h"
+#include "marlo110k/samples.h"
 #include "marlo110k/waveformat.h"

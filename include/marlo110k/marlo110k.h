@@ -10,7 +10,6 @@
 #include "marlo110k/contract/stream.h"
 #include "marlo110k/contract/unknown.h"
 #include "marlo110k/contract/wave.h"
-#include "marlo110k/contract/window.h"
 #include "marlo110k/cpu.h"
 #include "marlo110k/levels.h"
 #include "marlo110k/list.h"

@@ -111,7 +111,11 @@ TEST(FillSilence, TagsDecideWithoutAType) {
     uint32_t subTag;
     uint16_t bits;
     int byte;
-  } extensible[] = {{"PCM 8", 1, 8, 0x80}, {"PCM 16", 1, 16, 0}, {"float", 3, 32, 0}, {"big-endian", 0xFE02, 8, -1}};
+  } extensible[] = {{"PCM 8", 1, 8, 0x80},
+                    {"PCM 16", 1, 16, 0},
+                    {"float", 3, 32, 0},
+                    {"float of 8 bits", 3, 8, 0},
+                    {"big-endian", 0xFE02, 8, -1}};
   for (const auto& row : extensible) {
     WAVEFORMATEXTENSIBLE wfext = {};
     wfext.Format = {0xFFFE, 2, 48000, 0, 4, row.bits, 22};

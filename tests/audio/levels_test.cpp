@@ -253,6 +253,29 @@ TEST(CalcRms, SilenceIsZero) {
   }
 }
 
+TEST(Levels, AnyBitsAreHarmless) {
+  Random random(54);
+  SCOPED_TRACE(random.Label());
+  Bytes noise(8 * 3 * 600);
+  for (uint8_t& byte : noise) byte = static_cast<uint8_t>(random.Bits());
+  const uint8_t lowest[4] = {0, 0, 0, 0x80};
+  std::copy(lowest, lowest + 4, noise.begin() + 32);
+  for (const PlainType& type : kPlainTypes) {
+    if (!IsMeasured(type)) continue;
+    for (size_t channels : {1, 2, 3}) {
+      const WAVEFORMATEX wfx = WfxOf(type, channels);
+      tZRAUDIOPEAK peaks[3] = {{-1, -9, 9}, {-1, -9, 9}, {-1, -9, 9}};
+      float levels[3];
+      EXPECT_EQ(ZrAudio_FindPeaks(&wfx, 1000000, noise.data(), 600, peaks), S_OK);
+      EXPECT_EQ(ZrAudio_CalcRMS(&wfx, noise.data(), 600, levels), S_OK);
+      for (size_t channel = 0; channel < channels; ++channel) {
+        EXPECT_TRUE(peaks[channel].position >= 0 && peaks[channel].position < 600) << type.name;
+        EXPECT_FALSE(peaks[channel].peak < 0) << type.name;
+      }
+    }
+  }
+}
+
 TEST(CalcPreRms, SquaresOrMagnitudesAddUp) {
   Random random(53);
   SCOPED_TRACE(random.Label());

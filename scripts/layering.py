@@ -32,12 +32,14 @@ ROOMS = {
 # The room of each public header. A new header names its room here; contract/ and platform/ are below all.
 PUBLIC_HEADERS = {
     "kernel": "clock cpu errors kernel list os queue",
-    "audio": "channels levels loop resample samples waveformat iir timestretch",
-    "media": "displist riff riff64 wavefile mriff iff markers",
-    "pixel": "dib",
+    "audio": "channels iir levels resample samples waveformat",
+    "media": "displist iff mriff riff riff64 wavefile",
+    "pixel": "dib dib_copy dib_scale yuv",
 }
 ROOM_OF_HEADER = {name + ".h": room for room, names in PUBLIC_HEADERS.items() for name in names.split()}
 WHOLE_INTERFACE = "marlo110k.h"
+# The audio format descriptor is a field of records that hosts and engine share.
+CONTRACT_MAY_INCLUDE = {"waveformat.h"}
 
 # The start-up table is the one place from which the lowest room calls upwards.
 MAY_CALL_UPWARDS = {"src/kernel/startup.cpp"}
@@ -111,7 +113,8 @@ class Checker:
                 self.check_host_include(path, line, angled, name)
         if is_header:
             self.check_each(path, text, r"\busing\s+namespace\b", "a header never opens a namespace for its users")
-            if "#pragma once" not in text:
+            # A host's header may be a list of macro calls that is meant to be included more than once.
+            if not path.startswith("apps/") and "#pragma once" not in text:
                 self.fault(path, 1, "a header starts with #pragma once")
         if is_public:
             self.check_public_text(path, text)
@@ -132,7 +135,7 @@ class Checker:
         if inner == WHOLE_INTERFACE:
             return
         if inner.startswith("contract/"):
-            if not target.startswith("contract/"):
+            if not target.startswith("contract/") and target not in CONTRACT_MAY_INCLUDE:
                 self.fault(path, line, f'contract headers include one another only, not "{name}"')
         elif inner.startswith("platform/"):
             if not target.startswith(("contract/", "platform/")) and target != "export.h":
@@ -251,6 +254,7 @@ VIOLATIONS = [
 # What must pass, so that the rules above aren't simply deaf or hostile.
 ALLOWED = [
     ("include/marlo110k/list.h", '#include "marlo110k/platform/lock.h"\n// long, wchar_t, virtual ~ in a comment'),
+    ("include/marlo110k/contract/engine.h", '#include "marlo110k/waveformat.h"'),
     ("include/marlo110k/samples.h", '#include "marlo110k/list.h"\nZR_API void Call(int64_t value) noexcept;'),
     ("src/kernel/startup.cpp", '#include "controls/start.h"\n#include "marlo110k/dib.h"'),
     ("src/media/riff/walk.cpp", '#include "audio/rules.h"\n#include "platform/base/text.h"\n#include <vector>'),

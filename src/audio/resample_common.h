@@ -9,9 +9,9 @@
 namespace marlo {
 
 inline constexpr int32_t kMaxResampleChannels = 32;
-inline constexpr int kSincCrossings = 13;                   ///< Zero crossings on either side.
-inline constexpr int kSincTaps = 2 * kSincCrossings - 1;    ///< 25.
-inline constexpr int kSincCentre = kSincCrossings - 1;      ///< Taps newer than the one an output is centred on.
+inline constexpr int kSincCrossings = 13;                 ///< Zero crossings on either side.
+inline constexpr int kSincTaps = 2 * kSincCrossings - 1;  ///< 25.
+inline constexpr int kSincCentre = kSincCrossings - 1;    ///< Taps newer than the one an output is centred on.
 
 /// Rounds to nearest by the sum with 1.5 times 2^52.
 inline double RoundToNearest(double value) noexcept {

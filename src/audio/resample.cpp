@@ -48,7 +48,8 @@ bool MakeHistory(tZRRESAMPLEINSTANCE& instance) {
   instance.sinc = SincHistory();
   if (instance.quality != ZRRESAMPLE_SINC) return true;
   instance.sinc.frames = new (std::nothrow) double[2 * kSincRingFrames * static_cast<size_t>(instance.channels)]();
-  return instance.sinc.frames != nullptr && SharedSincTable() != nullptr;
+  SharedSincTable();  // Built at the first open, not at the first block.
+  return instance.sinc.frames != nullptr;
 }
 
 void ClearStream(tZRRESAMPLEINSTANCE& instance) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "audio/resample_common.h"
+#include "audio/sinc_taps.h"
 #include "marlo110k/resample.h"
 
 namespace marlo {
@@ -16,13 +17,8 @@ inline constexpr double kFirstTableScale = 76.92307692307692;  ///< Entries per 
 inline constexpr int kSincRingFrames = 32;
 inline constexpr int kSincSpareFrames = kSincRingFrames - kSincTaps;
 
-/// A table entry with the step to the next one, side by side for the lookup.
-struct SincEntry {
-  double value;
-  double step;
-};
 /// The table all instances share, built at the first use.
-const SincEntry* SharedSincTable() noexcept;
+const SincTable& SharedSincTable() noexcept;
 
 /// History of the sinc kernel: interleaved frames in a ring that stands twice in memory, so that any run of
 /// kSincRingFrames frames is contiguous.

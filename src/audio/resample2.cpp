@@ -91,14 +91,14 @@ bool DesignFilter(tZRRESAMPLE2& state, bool clear) {
 bool MakeRing(tZRRESAMPLE2& state) {
   delete[] state.ring;
   state.ring = new (std::nothrow) double[2 * kSincTaps * static_cast<size_t>(state.channels)]();
-  if (state.ring != nullptr && state.sincTable == nullptr) {
-    state.sincTable = new (std::nothrow) double[kSecondTableEntries + 1];
-    if (state.sincTable != nullptr) {
-      BuildSincTable(state.sincTable, kSecondTableEntries);
-      state.sincTable[kSecondTableEntries] = state.sincTable[kSecondTableEntries - 1];
+  if (state.ring != nullptr && state.sincEntries == nullptr) {
+    state.sincEntries = new (std::nothrow) SincEntry[kSecondTableEntries + 1];
+    if (state.sincEntries != nullptr) {
+      FillSincEntries(state.sincEntries, kSecondTableEntries);
+      state.sincEntries[kSecondTableEntries] = state.sincEntries[kSecondTableEntries - 1];
     }
   }
-  return state.ring != nullptr && state.sincTable != nullptr;
+  return state.ring != nullptr && state.sincEntries != nullptr;
 }
 
 /// The ring's frames are stale, or there never were any: the next outputs wait for new ones.
@@ -261,7 +261,7 @@ HRESULT ZrAudio_Resample2Open(tZRRESAMPLE2** instance, uint32_t sampleType, int3
 void ZrAudio_Resample2Close(tZRRESAMPLE2* instance) noexcept {
   if (instance == nullptr) return;
   delete[] instance->ring;
-  delete[] instance->sincTable;
+  delete[] instance->sincEntries;
   delete instance;
 }
 

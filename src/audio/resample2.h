@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "audio/resample_common.h"
+#include "audio/sinc_taps.h"
 #include "marlo110k/resample.h"
 #include "marlo110k/samples.h"
 
@@ -75,8 +76,8 @@ struct tZRRESAMPLE2 {
   int64_t tailLeft = 0;      ///< Frames of silence that a flush may still feed.
   bool ringStarted = false;
   int32_t ringHead = 0;
-  double* ring = nullptr;       ///< kSincTaps frames, newest first, standing twice.
-  double* sincTable = nullptr;  ///< kSecondTableEntries + 1.
+  double* ring = nullptr;                   ///< kSincTaps frames, newest first, standing twice.
+  marlo::SincEntry* sincEntries = nullptr;  ///< kSecondTableEntries and one that repeats the last value.
   uint32_t workType = 0;
   uint32_t workFrameBytes = 0;
   uint32_t frameBytes = 0;
@@ -91,6 +92,7 @@ struct tZRRESAMPLE2 {
   bool GoesDown() const { return ratio < 1; }
   /// Going down by a whole number every position is whole, and lines through them are exact.
   bool IsWholeInverse() const;
+  marlo::SincTable Table() const { return {sincEntries, marlo::kSecondTableScale, marlo::kSecondTableEntries - 1}; }
   uint32_t ModeInUse() const { return GoesDown() && IsWholeInverse() ? ZRRESAMPLE2_LINEAR : mode; }
 };
 

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Kernels of the second resampler: straight lines, cubic B-spline, windowed sinc.
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <cmath>
 
 #include "audio/resample2.h"
 #include "audio/sample_rules.h"
-#include "marlo110k/cpu.h"
 
 namespace marlo {
 namespace {
@@ -139,66 +136,15 @@ void WriteCubic(const tZRRESAMPLE2& state, const double* newest, double t, Sampl
   }
 }
 
-/// Weights of the taps, the newest first, for an output at fraction t behind the centre tap.
-void SincWeights(const double* table, double t, double* weights) {
-  for (int tap = 0; tap < kSincTaps; ++tap) {
-    const double entry = std::abs(kSincCentre - t - tap) * kSecondTableScale;
-    const auto index = static_cast<int64_t>(std::min<int64_t>(FloorPosition(entry), kSecondTableEntries - 1));
-    weights[tap] = table[index] + (table[index + 1] - table[index]) * (entry - static_cast<double>(index));
-  }
-}
-
-/// The same weights, two at a time: the same products and sums, so the same bits.
-void SincWeightsSse2(const double* table, double t, double* weights) {
-  const __m128d signBit = _mm_set1_pd(-0.0);
-  const __m128d scale = _mm_set1_pd(kSecondTableScale);
-  const __m128d almostHalf = _mm_set1_pd(kAlmostHalf);
-  const __m128i lastEntry = _mm_set1_epi32(kSecondTableEntries - 1);
-  const __m128d start = _mm_set1_pd(kSincCentre - t);
-  for (int tap = 0; tap < kSincTaps; tap += 2) {
-    const __m128d distance = _mm_sub_pd(start, _mm_set_pd(tap + 1, tap));
-    const __m128d entry = _mm_mul_pd(_mm_andnot_pd(signBit, distance), scale);
-    __m128i index = _mm_cvtpd_epi32(_mm_sub_pd(entry, almostHalf));
-    const __m128i beyond = _mm_cmpgt_epi32(index, lastEntry);
-    index = _mm_or_si128(_mm_and_si128(beyond, lastEntry), _mm_andnot_si128(beyond, index));
-    const __m128d fraction = _mm_sub_pd(entry, _mm_cvtepi32_pd(index));
-    const __m128d low = _mm_loadu_pd(table + _mm_cvtsi128_si32(index));
-    const __m128d high = _mm_loadu_pd(table + _mm_cvtsi128_si32(_mm_shuffle_epi32(index, 1)));
-    const __m128d values = _mm_unpacklo_pd(low, high);
-    const __m128d steps = _mm_sub_pd(_mm_unpackhi_pd(low, high), values);
-    _mm_storeu_pd(weights + tap, _mm_add_pd(values, _mm_mul_pd(steps, fraction)));
-  }
-}
-
-template <typename Sample>
-void WriteSinc(const tZRRESAMPLE2& state, const double* newest, const double* weights, bool vector, Sample* out) {
-  const int32_t channels = state.channels;
-  if (vector && channels == 2) {
-    __m128d sums[4] = {};
-    for (int tap = 0; tap < kSincTaps; ++tap) {
-      sums[tap % 4] = _mm_add_pd(sums[tap % 4], _mm_mul_pd(_mm_set1_pd(weights[tap]), _mm_loadu_pd(newest + 2 * tap)));
-    }
-    double pair[2];
-    _mm_storeu_pd(pair, _mm_add_pd(_mm_add_pd(sums[0], sums[1]), _mm_add_pd(sums[2], sums[3])));
-    out[0] = static_cast<Sample>(pair[0]);
-    out[1] = static_cast<Sample>(pair[1]);
-    return;
-  }
-  for (int32_t channel = 0; channel < channels; ++channel) {
-    double sums[4] = {};
-    for (int tap = 0; tap < kSincTaps; ++tap) sums[tap % 4] += weights[tap] * newest[tap * channels + channel];
-    out[channel] = static_cast<Sample>((sums[0] + sums[1]) + (sums[2] + sums[3]));
-  }
-}
-
 template <typename Sample>
 void RunRing(tZRRESAMPLE2& state, KernelCall& call) {
   const int32_t channels = state.channels;
   const auto* source = static_cast<const Sample*>(call.source);
   auto* dest = static_cast<Sample*>(call.dest);
   const bool sinc = state.mode == ZRRESAMPLE2_SINC;
-  const bool vector = (state.flags & ZRRESAMPLE2_SCALAR) == 0 && (ZrGetCPUSupport(ZRCPU_SSE2) & ZRCPU_SSE2) != 0;
-  double weights[kSincTaps + 1];
+  const SincTable table = state.Table();
+  const SincSum sum = ChooseSincSum(channels, (state.flags & ZRRESAMPLE2_SCALAR) != 0);
+  double frame[kMaxResampleChannels];
   while (call.made < call.destFrames) {
     while (state.framesNeeded > 0) {
       if (call.flush) {
@@ -215,8 +161,8 @@ void RunRing(tZRRESAMPLE2& state, KernelCall& call) {
     const double* newest = state.ring + static_cast<ptrdiff_t>(state.ringHead) * channels;
     const double t = state.position.Fraction();
     if (sinc) {
-      vector ? SincWeightsSse2(state.sincTable, t, weights) : SincWeights(state.sincTable, t, weights);
-      WriteSinc(state, newest, weights, vector, dest);
+      sum(table, kSincCentre - t, newest, channels, frame);
+      for (int32_t channel = 0; channel < channels; ++channel) dest[channel] = static_cast<Sample>(frame[channel]);
     } else {
       WriteCubic(state, newest, t, dest);
     }

@@ -8,14 +8,12 @@
 
 namespace marlo {
 
-void BuildSincTable(double* table, int entries) noexcept {
-  table[0] = 1.0;
-  for (int k = 1; k < entries; ++k) {
-    const double x = kSincCrossings * std::numbers::pi * k / entries;
-    const double y = x / kSincCrossings + std::numbers::pi;
-    const double window = 0.35875 - 0.48829 * std::cos(y) + 0.14128 * std::cos(2 * y) - 0.01168 * std::cos(3 * y);
-    table[k] = window * std::sin(x) / x;
-  }
+double SincTableValue(int k, int entries) noexcept {
+  if (k == 0) return 1.0;
+  const double x = kSincCrossings * std::numbers::pi * k / entries;
+  const double y = x / kSincCrossings + std::numbers::pi;
+  const double window = 0.35875 - 0.48829 * std::cos(y) + 0.14128 * std::cos(2 * y) - 0.01168 * std::cos(3 * y);
+  return window * std::sin(x) / x;
 }
 
 void ChannelFilter::Free() noexcept {

@@ -13,13 +13,6 @@ inline constexpr int kSincCrossings = 13;                 ///< Zero crossings on
 inline constexpr int kSincTaps = 2 * kSincCrossings - 1;  ///< 25.
 inline constexpr int kSincCentre = kSincCrossings - 1;    ///< Taps newer than the one an output is centred on.
 
-/// Rounds to nearest by the sum with 1.5 times 2^52.
-inline double RoundToNearest(double value) noexcept {
-  constexpr double kRounding = 6755399441055744.0;
-  volatile double sum = value + kRounding;
-  return sum - kRounding;
-}
-
 // Positions gather rounding errors, so a value within 1.5e-8 of an integer counts as that integer.
 inline constexpr double kAlmostHalf = 0.499999985;
 inline int64_t FloorPosition(double position) noexcept {
@@ -29,8 +22,8 @@ inline int64_t FloorPosition(double position) noexcept {
 }
 inline int64_t CeilPosition(double position) noexcept { return __builtin_llrint(position + kAlmostHalf); }
 
-/// Fills `entries` values of a sinc under a four-term Blackman-Harris window over the crossings of one side.
-void BuildSincTable(double* table, int entries) noexcept;
+/// Entry k of `entries`: a sinc under a four-term Blackman-Harris window over the crossings of one side.
+double SincTableValue(int k, int entries) noexcept;
 
 /// One low-pass for any number of channels: a filter for each pair, since a filter holds the delays of two.
 class ChannelFilter {

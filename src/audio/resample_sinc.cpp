@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The first resampler's windowed sinc: 25 taps around each output, read from one shared table.
-#include <emmintrin.h>
-
 #include <algorithm>
-#include <cmath>
 
 #include "audio/resample.h"
 
@@ -12,60 +9,9 @@ namespace {
 
 struct SharedTable {
   SincEntry entries[kFirstTableEntries];
-  SharedTable() {
-    double values[kFirstTableEntries];
-    BuildSincTable(values, kFirstTableEntries);
-    for (int k = 0; k + 1 < kFirstTableEntries; ++k) entries[k] = {values[k], values[k + 1] - values[k]};
-    entries[kFirstTableEntries - 1] = {values[kFirstTableEntries - 1], 0};
-  }
+  SincTable table = {entries, kFirstTableScale, kFirstTableEntries - 2};
+  SharedTable() { FillSincEntries(entries, kFirstTableEntries); }
 };
-
-/// Weights of the 25 taps for an output `place` (12 to 13) taps behind the newest.
-void TapWeights(const SincEntry* table, double place, double* weights) {
-  const __m128d signBit = _mm_set1_pd(-0.0);
-  const __m128d scale = _mm_set1_pd(kFirstTableScale);
-  const __m128d almostHalf = _mm_set1_pd(kAlmostHalf);
-  const __m128d two = _mm_set1_pd(2);
-  const __m128i lastEntry = _mm_set1_epi32(kFirstTableEntries - 2);
-  __m128d distance = _mm_sub_pd(_mm_set1_pd(place), _mm_set_pd(1, 0));
-  for (int tap = 0; tap < kSincTaps; tap += 2) {
-    const __m128d entry = _mm_mul_pd(_mm_andnot_pd(signBit, distance), scale);
-    __m128i index = _mm_cvtpd_epi32(_mm_sub_pd(entry, almostHalf));
-    const __m128i beyond = _mm_cmpgt_epi32(index, lastEntry);
-    index = _mm_or_si128(_mm_and_si128(beyond, lastEntry), _mm_andnot_si128(beyond, index));
-    const __m128d fraction = _mm_sub_pd(entry, _mm_cvtepi32_pd(index));
-    const __m128d low = _mm_loadu_pd(&table[_mm_cvtsi128_si32(index)].value);
-    const __m128d high = _mm_loadu_pd(&table[_mm_cvtsi128_si32(_mm_shuffle_epi32(index, 1))].value);
-    const __m128d values = _mm_unpacklo_pd(low, high);
-    const __m128d steps = _mm_unpackhi_pd(low, high);
-    _mm_storeu_pd(weights + tap, _mm_add_pd(values, _mm_mul_pd(steps, fraction)));
-    distance = _mm_sub_pd(distance, two);
-  }
-}
-
-/// The weighted sum of 25 frames from `newest` on. Four running sums, joined in pairs: the order is part of what
-/// every body here gives.
-template <typename Sample>
-void SumTaps(const double* newest, const double* weights, int32_t channels, Sample* out) {
-  for (int32_t channel = 0; channel < channels; ++channel) {
-    double sums[4] = {};
-    for (int tap = 0; tap < kSincTaps; ++tap) sums[tap % 4] += weights[tap] * newest[tap * channels + channel];
-    out[channel] = static_cast<Sample>((sums[0] + sums[1]) + (sums[2] + sums[3]));
-  }
-}
-
-template <typename Sample>
-void SumTapsStereo(const double* newest, const double* weights, Sample* out) {
-  __m128d sums[4] = {};
-  for (int tap = 0; tap < kSincTaps; ++tap) {
-    sums[tap % 4] = _mm_add_pd(sums[tap % 4], _mm_mul_pd(_mm_set1_pd(weights[tap]), _mm_loadu_pd(newest + 2 * tap)));
-  }
-  const __m128d sum = _mm_add_pd(_mm_add_pd(sums[0], sums[1]), _mm_add_pd(sums[2], sums[3]));
-  double pair[2];
-  _mm_storeu_pd(pair, sum);
-  out[0] = static_cast<Sample>(pair[0]);
-  out[1] = static_cast<Sample>(pair[1]);
-}
 
 /// Pushes frames into the history, newest first in memory.
 template <typename Sample>
@@ -97,7 +43,8 @@ class Feeder {
 template <typename Sample>
 int64_t Run(tZRRESAMPLEINSTANCE& instance, Sample* dest, int64_t destFrames, const Sample* source, int64_t sourceFrames,
             double step) {
-  const SincEntry* table = SharedSincTable();
+  const SincTable& table = SharedSincTable();
+  const SincSum sum = ChooseSincSum(instance.channels, false);
   SincHistory& history = instance.sinc;
   Feeder<Sample> feeder(history, instance.channels, source, sourceFrames);
   const bool flush = sourceFrames == 0;
@@ -114,7 +61,7 @@ int64_t Run(tZRRESAMPLEINSTANCE& instance, Sample* dest, int64_t destFrames, con
   }
   int64_t written = 0;
   double time = 0;
-  double weights[kSincTaps + 1];
+  double frame[kMaxResampleChannels];
   while (written < destFrames) {
     bool starved = false;
     while (time - history.time - 1 >= -1.5e-8) {
@@ -138,13 +85,10 @@ int64_t Run(tZRRESAMPLEINSTANCE& instance, Sample* dest, int64_t destFrames, con
       ahead = std::min(kSincSpareFrames, static_cast<int32_t>(CeilPosition(-behind)));
       behind += ahead;
     }
-    TapWeights(table, kSincCentre - behind, weights);
     const double* newest = history.frames + static_cast<ptrdiff_t>(history.head + ahead) * instance.channels;
-    if (instance.channels == 2) {
-      SumTapsStereo(newest, weights, dest);
-    } else {
-      SumTaps(newest, weights, instance.channels, dest);
-    }
+    sum(table, kSincCentre - behind, newest, instance.channels, frame);
+    for (int32_t channel = 0; channel < instance.channels; ++channel)
+      dest[channel] = static_cast<Sample>(frame[channel]);
     dest += instance.channels;
     ++written;
     time = static_cast<double>(written) * step;
@@ -159,9 +103,9 @@ int64_t Run(tZRRESAMPLEINSTANCE& instance, Sample* dest, int64_t destFrames, con
 
 }  // namespace
 
-const SincEntry* SharedSincTable() noexcept {
-  static const SharedTable table;
-  return table.entries;
+const SincTable& SharedSincTable() noexcept {
+  static const SharedTable shared;
+  return shared.table;
 }
 
 int64_t RunSinc(tZRRESAMPLEINSTANCE& instance, void* dest, int64_t destFrames, const void* source, int64_t sourceFrames,

@@ -272,8 +272,9 @@ TEST(Resample2, RatioChangesWithoutAJump) {
       ASSERT_EQ(ZrAudio_Resample2Process(instance.get(), out.data(), 300, &made, source.data() + at, 500, &taken),
                 S_OK);
       for (int64_t n = 0; n < made; ++n) {
-        if (at > 0 || n > 20)
+        if (at > 0 || n > 20) {
           ASSERT_NEAR(out[static_cast<size_t>(n)], last, 0.016) << flags << " " << ratio << " " << n;
+        }
         last = out[static_cast<size_t>(n)];
       }
       at += taken;

@@ -376,7 +376,9 @@ TEST(RatApprox, FindsTheBestFraction) {
     EXPECT_EQ(ZrRatApprox(row.value, row.limit, row.table, &num, &den, &error), row.found) << row.value;
     EXPECT_EQ(num, row.num) << row.value << " limit " << row.limit;
     EXPECT_EQ(den, row.den) << row.value << " limit " << row.limit;
-    if (row.found) EXPECT_EQ(error, row.value - static_cast<double>(num) / static_cast<double>(den));
+    if (row.found) {
+      EXPECT_EQ(error, row.value - static_cast<double>(num) / static_cast<double>(den));
+    }
   }
 }
 

@@ -2,9 +2,13 @@
 // The whole public interface.
 #pragma once
 
+#include "marlo110k/channels.h"
+#include "marlo110k/clock.h"
+#include "marlo110k/contract/engine.h"
 #include "marlo110k/contract/filetime.h"
 #include "marlo110k/contract/guid.h"
 #include "marlo110k/contract/hresult.h"
+#include "marlo110k/contract/persist.h"
 #include "marlo110k/contract/picture.h"
 #include "marlo110k/contract/stream.h"
 #include "marlo110k/contract/unknown.h"
@@ -12,9 +16,13 @@
 #include "marlo110k/contract/window.h"
 #include "marlo110k/cpu.h"
 #include "marlo110k/displist.h"
+#include "marlo110k/errors.h"
 #include "marlo110k/iff.h"
+#include "marlo110k/kernel.h"
+#include "marlo110k/levels.h"
 #include "marlo110k/list.h"
 #include "marlo110k/mriff.h"
+#include "marlo110k/os.h"
 #include "marlo110k/platform/event.h"
 #include "marlo110k/platform/file.h"
 #include "marlo110k/platform/lock.h"

@@ -2,6 +2,7 @@
 // The whole public interface.
 #pragma once
 
+#include "marlo110k/channels.h"
 #include "marlo110k/contract/filetime.h"
 #include "marlo110k/contract/guid.h"
 #include "marlo110k/contract/hresult.h"
@@ -9,8 +10,8 @@
 #include "marlo110k/contract/stream.h"
 #include "marlo110k/contract/unknown.h"
 #include "marlo110k/contract/wave.h"
-#include "marlo110k/contract/window.h"
 #include "marlo110k/cpu.h"
+#include "marlo110k/levels.h"
 #include "marlo110k/list.h"
 #include "marlo110k/platform/event.h"
 #include "marlo110k/platform/file.h"

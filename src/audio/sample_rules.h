@@ -35,6 +35,7 @@ struct FloatRule {
   using Raw = Value;
   static constexpr bool kInteger = false;
   static constexpr int kBytes = sizeof(Value);
+  static constexpr int kBits = 8 * kBytes;
   static constexpr double kWriteFactor = 1.0;
   static constexpr double kReadFactor = 1.0;
   static Raw Read(const uint8_t* sample) noexcept {

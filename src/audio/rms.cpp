@@ -11,7 +11,7 @@
 namespace marlo {
 namespace {
 
-/// The square of an integer sample. A block of squares up to 24 bits has room in 64 bits.
+/// The square of an integer sample. The squares of a block have room in 64 bits up to 24 bits.
 template <class Rule>
 struct Square {
   using Value = uint64_t;
@@ -21,7 +21,9 @@ struct Square {
     if constexpr (Rule::kBits <= 16) {
       lane += static_cast<uint32_t>(raw * raw);
     } else {
-      const auto magnitude = static_cast<uint32_t>(raw < 0 ? -raw : raw);
+      // Unsigned, as a foreign word of the unpacked type may hold any bits.
+      const auto bits = static_cast<uint32_t>(raw);
+      const uint32_t magnitude = raw < 0 ? 0 - bits : bits;
       lane += uint64_t{magnitude} * magnitude;
     }
   }

@@ -60,10 +60,9 @@ HRESULT MuteChannel(void* buffer, uint32_t sampleType, uint32_t channels, uint32
 
 /// The pairs for which a stereo frame is converted before it is repeated.
 bool ConvertsFrame(uint32_t destType, uint32_t sourceType) noexcept {
-  constexpr uint32_t kSources[] = {ZRSAMPLETYPE_PCM16, ZRSAMPLETYPE_PCM24, ZRSAMPLETYPE_FLOAT32, ZRSAMPLETYPE_FLOAT64,
-                                   ZRSAMPLETYPE_PCM24UNPACKED};
   const auto isSource = [](uint32_t type) {
-    return std::find(kSources, std::end(kSources), type) != std::end(kSources);
+    return type == ZRSAMPLETYPE_PCM16 || type == ZRSAMPLETYPE_PCM24 || type == ZRSAMPLETYPE_FLOAT32 ||
+           type == ZRSAMPLETYPE_FLOAT64 || type == ZRSAMPLETYPE_PCM24UNPACKED;
   };
   return isSource(sourceType) && (isSource(destType) || destType == ZRSAMPLETYPE_PCM32);
 }

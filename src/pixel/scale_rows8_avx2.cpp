@@ -211,77 +211,154 @@ MARLO_AVX2 __m128i PixelWords32(const uint8_t* pixel) {
   return _mm_cvtepu8_epi32(_mm_cvtsi32_si128(bytes));
 }
 
-/// The lines that boxBoth works on: plain sums of the rows between, and each column's whole weighted sum.
-struct BoxLines {
-  uint32_t* between;
-  uint32_t* columns;
+/// Columns of a tile: its lines stay in the first-level cache.
+constexpr int32_t kTileColumns = 384;
+constexpr int32_t kTilePixels = 256;
+/// Up to this many rows between the first and the last, their sum is a signed word.
+constexpr int32_t kMostRowsInSignedWords = 128;
+
+/// What boxBoth keeps of the columns of a tile: the rows between beside the first row as word pairs, for the boxes'
+/// edges; and the column's whole weighted sum, for what lies between the edges.
+struct BoxTile {
+  alignas(32) int16_t pairs[kTileColumns * kChannels * 2];
+  alignas(32) uint32_t columns[kTileColumns * kChannels];
 };
 
-MARLO_AVX2 void FillBoxLines(const BoxLines& lines, const BoxRows& rows, int32_t pixels) {
+/// Four columns of a tile from the words of the rows between.
+MARLO_AVX2 void FillFour(BoxTile* tile, const BoxRows& rows, int32_t at, __m256i between, __m256i weights) {
   const __m256i zero = _mm256_setzero_si256();
+  const __m256i first = Words(rows.first + at);
+  const __m256i last = Words(rows.Last() + at);
+  // Unpacking works within halves: pixels 0 and 2 come low, 1 and 3 high.
+  const __m256i pairsLow = _mm256_unpacklo_epi16(between, first);
+  const __m256i pairsHigh = _mm256_unpackhi_epi16(between, first);
+  const __m256i low = BoxSum(_mm256_unpacklo_epi16(first, last), weights, _mm256_unpacklo_epi16(between, zero));
+  const __m256i high = BoxSum(_mm256_unpackhi_epi16(first, last), weights, _mm256_unpackhi_epi16(between, zero));
+  Store32(tile->pairs + at * 2, _mm256_permute2x128_si256(pairsLow, pairsHigh, 0x20));
+  Store32(tile->pairs + at * 2 + 16, _mm256_permute2x128_si256(pairsLow, pairsHigh, 0x31));
+  Store32(tile->columns + at, _mm256_permute2x128_si256(low, high, 0x20));
+  Store32(tile->columns + at + 8, _mm256_permute2x128_si256(low, high, 0x31));
+}
+
+MARLO_AVX2 void FillTile(BoxTile* tile, const BoxRows& rows, int32_t columns) {
+  constexpr int32_t kGroups = 4;
   const __m256i weights = WeightPair(static_cast<int16_t>(rows.firstWeight), static_cast<int16_t>(rows.lastWeight));
-  int32_t pixel = 0;
-  for (; pixel + 8 <= pixels; pixel += 8) {
-    const int32_t at = pixel * kChannels;
-    const BetweenSums sums = SumBetween(rows, at, 1, rows.count - 1);
-    const __m256i first = Load32(rows.first + at);
-    const __m256i last = Load32(rows.Last() + at);
-    const __m256i mixLow = _mm256_unpacklo_epi8(first, last);
-    const __m256i mixHigh = _mm256_unpackhi_epi8(first, last);
-    const __m256i between[4] = {_mm256_unpacklo_epi16(sums.low, zero), _mm256_unpackhi_epi16(sums.low, zero),
-                                _mm256_unpacklo_epi16(sums.high, zero), _mm256_unpackhi_epi16(sums.high, zero)};
-    const __m256i mixed[4] = {_mm256_unpacklo_epi8(mixLow, zero), _mm256_unpackhi_epi8(mixLow, zero),
-                              _mm256_unpacklo_epi8(mixHigh, zero), _mm256_unpackhi_epi8(mixHigh, zero)};
-    __m256i columns[4];
-    for (int index = 0; index < 4; ++index) columns[index] = BoxSum(mixed[index], weights, between[index]);
-    // Register i holds pixel i in its low half and pixel i + 4 in its high.
-    for (int index = 0; index < 4; index += 2) {
-      Store32(lines.between + at + index * 4, _mm256_permute2x128_si256(between[index], between[index + 1], 0x20));
-      Store32(lines.between + at + 16 + index * 4, _mm256_permute2x128_si256(between[index], between[index + 1], 0x31));
-      Store32(lines.columns + at + index * 4, _mm256_permute2x128_si256(columns[index], columns[index + 1], 0x20));
-      Store32(lines.columns + at + 16 + index * 4, _mm256_permute2x128_si256(columns[index], columns[index + 1], 0x31));
+  int32_t column = 0;
+  for (; column + 4 * kGroups <= columns; column += 4 * kGroups) {
+    const int32_t at = column * kChannels;
+    __m256i between[kGroups] = {};
+    for (int32_t row = 1; row < rows.count - 1; ++row) {
+      const uint8_t* const from = rows.first + row * rows.stride + at;
+      for (int32_t group = 0; group < kGroups; ++group) {
+        between[group] = _mm256_add_epi16(between[group], Words(from + group * 16));
+      }
     }
+    for (int32_t group = 0; group < kGroups; ++group) FillFour(tile, rows, at + group * 16, between[group], weights);
   }
-  const uint8_t* last = rows.Last();
-  for (int32_t index = pixel * kChannels; index < pixels * kChannels; ++index) {
-    uint32_t between = 0;
+  const uint8_t* const last = rows.Last();
+  for (int32_t index = column * kChannels; index < columns * kChannels; ++index) {
+    int32_t between = 0;
     for (int32_t row = 1; row < rows.count - 1; ++row) between += rows.first[row * rows.stride + index];
-    lines.between[index] = between;
-    lines.columns[index] = (between << 14) + static_cast<uint32_t>(rows.first[index] * rows.firstWeight) +
+    tile->pairs[index * 2] = static_cast<int16_t>(between);
+    tile->pairs[index * 2 + 1] = rows.first[index];
+    tile->columns[index] = static_cast<uint32_t>((between << 14) + rows.first[index] * rows.firstWeight) +
                            static_cast<uint32_t>(last[index] * rows.lastWeight);
   }
 }
 
+/// Weights of the boxes' edge columns for one row of boxes: the column's own beside the top corner's, and the
+/// bottom corner's.
+struct EdgeWeights {
+  int32_t middleAndTop[kTilePixels];
+  int32_t bottom[kTilePixels];
+  void Set(int32_t pixel, int32_t weight, const BoxRows& rows) {
+    middleAndTop[pixel] = weight | (weight * rows.firstWeight >> kFractionBits) << 16;
+    bottom[pixel] = weight * rows.lastWeight >> kFractionBits;
+  }
+};
+
+/// One word to all lanes, straight from memory.
+MARLO_AVX2 __m128i Spread(const int32_t* word) {
+  return _mm_castps_si128(_mm_broadcast_ss(static_cast<const float*>(static_cast<const void*>(word))));
+}
+
+/// One edge column's part of a box.
+MARLO_AVX2 __m128i EdgeSum(const int16_t* pairs, const uint8_t* lastRow, const EdgeWeights& weights, int32_t pixel) {
+  return _mm_add_epi32(_mm_madd_epi16(Load16(pairs), Spread(weights.middleAndTop + pixel)),
+                       _mm_madd_epi16(PixelWords32(lastRow), Spread(weights.bottom + pixel)));
+}
+
+/// Rows whose weights and sums fit words.
+bool FitsTile(const BoxRows& rows) {
+  return rows.count - 2 <= kMostRowsInSignedWords && rows.firstWeight <= kOne && rows.lastWeight <= kOne;
+}
+
+MARLO_AVX2 void BoxTileRow(uint8_t* out, const BoxTile& tile, const BoxRows& rows, const Box* boxes, int32_t count,
+                           __m256d reciprocal) {
+  EdgeWeights first, last;
+  for (int32_t pixel = 0; pixel < count; ++pixel) {
+    first.Set(pixel, boxes[pixel].firstWeight, rows);
+    last.Set(pixel, boxes[pixel].lastWeight, rows);
+  }
+  const int32_t origin = boxes[0].first;
+  const uint8_t* const lastRow = rows.Last();
+  const auto sumOf = [&](int32_t pixel) MARLO_AVX2 {
+    const int32_t left = (boxes[pixel].first - origin) * kChannels;
+    const int32_t right = (boxes[pixel].last - origin) * kChannels;
+    __m128i sum = _mm_add_epi32(EdgeSum(tile.pairs + left * 2, lastRow + left, first, pixel),
+                                EdgeSum(tile.pairs + right * 2, lastRow + right, last, pixel));
+    for (int32_t at = left + kChannels; at < right; at += kChannels) {
+      sum = _mm_add_epi32(sum, Load16(tile.columns + at));
+    }
+    return Quotient4(sum, reciprocal);
+  };
+  int32_t pixel = 0;
+  for (; pixel + 2 <= count; pixel += 2) {
+    const __m128i words = _mm_packs_epi32(sumOf(pixel), sumOf(pixel + 1));
+    _mm_storel_epi64(static_cast<__m128i*>(static_cast<void*>(out + pixel * kChannels)),
+                     _mm_packus_epi16(words, words));
+  }
+  if (pixel < count) {
+    const __m128i words = _mm_packs_epi32(sumOf(pixel), _mm_setzero_si128());
+    const int32_t bytes = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+    std::memcpy(out + pixel * kChannels, &bytes, sizeof bytes);
+  }
+}
+
+/// The end of the boxes from `start` that fill one tile; `start` itself for a box that fits none.
+int32_t TileEnd(const Box* boxes, int32_t start, int32_t count) {
+  int32_t end = start;
+  while (end < count && end - start < kTilePixels && boxes[end].last - boxes[start].first < kTileColumns &&
+         boxes[end].lastWeight <= kOne) {
+    ++end;
+  }
+  return end;
+}
+
 MARLO_AVX2 void BoxBoth(uint8_t* out, uint32_t* sums, const BoxRows& rows, const Box* boxes, int64_t area,
                         int32_t count, int32_t pixels) {
-  if (!IsLowBox(rows)) {
+  if (!FitsTile(rows)) {
     kByteKernelsPlain.boxBoth(out, sums, rows, boxes, area, count, pixels);
     return;
   }
-  const BoxLines lines = {sums, sums + pixels * kChannels};
-  FillBoxLines(lines, rows, pixels);
-  const uint8_t* last = rows.Last();
   const __m256d reciprocal = _mm256_set1_pd(1.0 / static_cast<double>(area));
-  for (int32_t pixel = 0; pixel < count; ++pixel) {
-    const Box& box = boxes[pixel];
-    __m128i sum = _mm_setzero_si128();
-    for (int32_t column = box.first + 1; column < box.last; ++column) {
-      sum = _mm_add_epi32(sum, Load16(lines.columns + column * kChannels));
+  BoxTile tile;
+  for (int32_t start = 0; start < count;) {
+    const int32_t end = TileEnd(boxes, start, count);
+    BoxRows columns = rows;
+    columns.first += int64_t{boxes[start].first} * kChannels;
+    if (end > start) {
+      FillTile(&tile, columns, boxes[end - 1].last - boxes[start].first + 1);
+      BoxTileRow(out + int64_t{start} * kChannels, tile, columns, boxes + start, end - start, reciprocal);
+      start = end;
+    } else {
+      // A box at the source's edge that folds several pixels into one, or one wider than a tile.
+      Box box = boxes[start];
+      box.last -= box.first;
+      box.first = 0;
+      kByteKernelsPlain.boxBoth(out + int64_t{start} * kChannels, sums, columns, &box, area, 1, box.last + 1);
+      ++start;
     }
-    const auto edge = [&](int32_t column, int32_t weight) MARLO_AVX2 {
-      const int32_t at = column * kChannels;
-      // A weight at the source's edge stands for many pixels, so its product needs more than 32 bits.
-      const __m128i top = _mm_set1_epi32(static_cast<int32_t>(int64_t{weight} * rows.firstWeight >> kFractionBits));
-      const __m128i bottom = _mm_set1_epi32(static_cast<int32_t>(int64_t{weight} * rows.lastWeight >> kFractionBits));
-      const __m128i middle = _mm_mullo_epi32(Load16(lines.between + at), _mm_set1_epi32(weight));
-      return _mm_add_epi32(middle, _mm_add_epi32(_mm_mullo_epi32(PixelWords32(rows.first + at), top),
-                                                 _mm_mullo_epi32(PixelWords32(last + at), bottom)));
-    };
-    sum = _mm_add_epi32(sum, _mm_add_epi32(edge(box.first, box.firstWeight), edge(box.last, box.lastWeight)));
-    const __m128i value = Quotient4(sum, reciprocal);
-    const __m128i packed = _mm_packus_epi16(_mm_packs_epi32(value, value), value);
-    const int32_t bytes = _mm_cvtsi128_si32(packed);
-    std::memcpy(out + pixel * kChannels, &bytes, sizeof bytes);
   }
 }
 

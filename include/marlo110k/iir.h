@@ -109,9 +109,7 @@ class ZR_API CZrIIR {
   HRESULT DesignResonator(uint32_t type, double f1, double q) noexcept;
   HRESULT DesignPrototype(uint32_t type, uint32_t design, uint32_t order, double lower, double upper) noexcept;
   void Normalize(uint32_t type, double lower, double upper, double gainDb) noexcept;
-  void EnterChannels(uint32_t channelMask) noexcept;
-  template <typename Sample>
-  void Process(Sample* destination, const Sample* source, uint32_t frames, uint32_t channelMask) noexcept;
+  friend struct ZrIirRunner;
 
   uint32_t channels_;
   uint32_t lastChannelMask_;

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <thread>
 
+#include "marlo110k/kernel.h"
+
 namespace {
 
 /// The library, loaded; functions by their C++ names.
@@ -54,7 +56,7 @@ TEST(Load, TwiceInOneProcessWhileThreadsLive) {
     // Each load starts from scratch: what the first one disallowed is back.
     library.Get<int32_t(uint32_t)>("_Z20ZrDisallowCPUSupportj")(0x20);
     EXPECT_EQ(0U, support.load()(0x20));
-    EXPECT_NE(nullptr, library.Get<void*()>("_Z21ZrKernel_GetAppKernelv")());
+    EXPECT_NE(nullptr, library.Get<plat::Module*()>("_Z21ZrKernel_GetAppKernelv")());
     step = round * 2 - 1;
     while (step.load() != round * 2) std::this_thread::yield();
     library.Unload();

@@ -104,14 +104,14 @@ HRESULT RunCopyCheck(const CopyCheck& check) noexcept {
   return result;
 }
 
-void ReportCopyCheckFailure(HRESULT code, int32_t node, ZrWindow* window) noexcept {
+void ReportCopyCheckFailure(HRESULT code, int32_t node, HZRWINDOW window) noexcept {
   ZrErrorHandler_DetailsAddString(code, u"ZrAudioCopy_UnitTest node[%d] failed.", node);
   if (window) ZrMessageBox(window, u"INTERNAL: AudioCopy unit test failed!", nullptr, ZRMB_OK | ZRMB_ICONHAND);
 }
 
 }  // namespace marlo
 
-HRESULT ZrAudioCopy_UnitTest(ZrWindow* window) noexcept {
+HRESULT ZrAudioCopy_UnitTest(HZRWINDOW window) noexcept {
   using namespace marlo;
   constexpr int32_t kPairs = static_cast<int32_t>(kCheckedTypes.size() * kFloatTypes.size());
   constexpr int32_t kSse2Pairs = 3;

@@ -105,10 +105,7 @@ void PrintChunks(Container container, const std::vector<ChunkNode>& nodes, int d
   for (const ChunkNode& node : nodes) {
     std::string name(static_cast<size_t>(depth) * 2, ' ');
     name += NameOf(container, node.header.label);
-    if (node.isList) {
-      name += ' ';
-      name += NameOf(container, node.listType);
-    }
+    if (node.isList) name.append(1, ' ').append(NameOf(container, node.listType));
     std::printf("  %-14s offset %12lld  bytes %14llu\n", name.c_str(), static_cast<long long>(node.header.offset),
                 static_cast<unsigned long long>(node.header.bytes));
     PrintChunks(container, node.children, depth + 1);

@@ -13,9 +13,9 @@ size_t TextLength(const char16_t* text) noexcept;
 /// Copies with termination into `capacity` characters and cuts what doesn't fit.
 /// @return the characters written before the terminator; nothing is written for capacity 0.
 size_t CopyText(char16_t* buffer, size_t capacity, const char16_t* text) noexcept;
-/// Ordinal comparison, negative, 0 or positive.
+/// Ordinal comparison, negative, 0 or positive. Null stands before every text.
 int CompareText(const char16_t* left, const char16_t* right) noexcept;
-/// The same without regard to case (ASCII fast, the rest by simple case folding).
+/// The same without regard to case (ASCII fast, the rest by simple case folding). Null stands before every text.
 int CompareTextNoCase(const char16_t* left, const char16_t* right) noexcept;
 char16_t UpperCase(char16_t character) noexcept;
 

@@ -2,6 +2,7 @@
 // The whole public interface.
 #pragma once
 
+#include "marlo110k/channels.h"
 #include "marlo110k/clock.h"
 #include "marlo110k/contract/engine.h"
 #include "marlo110k/contract/filetime.h"
@@ -16,10 +17,12 @@
 #include "marlo110k/cpu.h"
 #include "marlo110k/errors.h"
 #include "marlo110k/kernel.h"
+#include "marlo110k/levels.h"
 #include "marlo110k/list.h"
 #include "marlo110k/os.h"
 #include "marlo110k/platform/event.h"
 #include "marlo110k/platform/file.h"
 #include "marlo110k/platform/lock.h"
 #include "marlo110k/queue.h"
+#include "marlo110k/samples.h"
 #include "marlo110k/waveformat.h"

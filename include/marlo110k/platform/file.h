@@ -59,6 +59,14 @@ ZR_API bool FlushFile(File* file) noexcept;
 /// The block is copied; growing is allowed up to `capacityBytes`, past which writes fail as on a full disk.
 ZR_API File* OpenMemoryFile(const void* data, uint64_t bytes, uint64_t capacityBytes) noexcept;
 
+/// Removes a file by name, with the path rules of OpenFile.
+/// @return false when there is none or it is read-only; LastError() tells (2, 5).
+ZR_API bool RemoveFile(const char16_t* path) noexcept;
+/// Gives a file another name in the same file system, in one step: whoever opens `to` meets the former file or
+/// the new one, never a part. Path rules of OpenFile.
+/// @return false when that isn't possible; both files are then as they were, and LastError() tells.
+ZR_API bool MoveFileOver(const char16_t* from, const char16_t* to) noexcept;
+
 /// Error number of this thread's last failed platform call, in the numbering that
 /// ZrErrorHandler_TranslateWin32Error reads.
 ZR_API uint32_t LastError() noexcept;

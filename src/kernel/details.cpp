@@ -4,8 +4,9 @@
 #include <cstdarg>
 #include <cstring>
 
-#include "kernel/format_detail.h"
+#include "kernel/printf_walk.h"
 #include "marlo110k/errors.h"
+#include "marlo110k/printf.h"
 #include "platform/base/text.h"
 #include "platform/sys/thread.h"
 
@@ -38,13 +39,6 @@ bool MayAdd(HRESULT code) noexcept {
   return owner == caller || code == state.lastError.load(std::memory_order_relaxed);
 }
 
-bool NeedsFormatting(const char16_t* text) noexcept {
-  for (; *text != 0; ++text) {
-    if (*text == u'%' || *text == u'$') return true;
-  }
-  return false;
-}
-
 HRESULT AddLine(HRESULT code, const char16_t* text) noexcept {
   const size_t characters = plat::TextLength(text);
   // The limit counts bytes, the line's end among them, and refuses a text that would just reach it.
@@ -75,10 +69,10 @@ void ZrErrorHandler_DetailsInit() noexcept {
 HRESULT ZrErrorHandler_DetailsAddString(HRESULT code, const char16_t* format, ...) noexcept {
   if (!marlo::MayAdd(code)) return E_FAIL;
   if (format == nullptr) return E_POINTER;
-  if (!marlo::NeedsFormatting(format)) return marlo::AddLine(code, format);
+  if (!marlo::HoldsFormat(format)) return marlo::AddLine(code, format);
   va_list arguments;
   va_start(arguments, format);
-  marlo::FormatDetailV(marlo::formatted, marlo::kDetailCharacters, format, arguments);
+  ZrNVPrintF(marlo::formatted, marlo::kDetailCharacters, nullptr, format, arguments);
   va_end(arguments);
   return marlo::AddLine(code, marlo::formatted);
 }

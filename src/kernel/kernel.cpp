@@ -4,11 +4,11 @@
 
 #include <cstring>
 
-#include "kernel/format_detail.h"
 #include "kernel/kernel_state.h"
 #include "kernel/startup.h"
 #include "kernel/system_facts.h"
 #include "marlo110k/errors.h"
+#include "marlo110k/printf.h"
 #include "platform/base/codepage.h"
 #include "platform/base/text.h"
 #include "platform/sys/file_backend.h"
@@ -49,8 +49,8 @@ bool ClientFits(const char* clientName, uint32_t clientVersion, uint32_t interfa
   char16_t name[kClientNameCharacters + 1];
   const size_t nameBytes = clientName != nullptr ? std::strlen(clientName) : 0;
   name[plat::FromAnsi(clientName, nameBytes, name, kClientNameCharacters)] = 0;
-  FormatDetail(message, characters,
-               u"The version of the Marlo Kernel is incompatible with the following client:\n\n%s.", name);
+  ZrCchPrintF(message, characters, nullptr,
+              u"The version of the Marlo Kernel is incompatible with the following client:\n\n%s.", name);
   return false;
 }
 

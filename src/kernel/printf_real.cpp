@@ -6,6 +6,7 @@
 
 #include "kernel/number_grouping.h"
 #include "kernel/printf_conversion.h"
+#include "platform/base/fpu.h"
 
 namespace marlo {
 namespace {
@@ -71,6 +72,8 @@ class RealText {
 };
 
 void PutPlainReal(TextOutput* output, const Conversion& conversion, double value) noexcept {
+  // The library's own threads may read denormals as zero; a number's text is the same on all of them.
+  const plat::FloatStateGuard guard(plat::kCleanFloatState);
   const RealText text(std::fabs(value), conversion);
   const bool negative = std::signbit(value) && !std::isnan(value);
   const char16_t sign = negative ? u'-' : conversion.plus ? u'+' : conversion.blank ? u' ' : u'\0';

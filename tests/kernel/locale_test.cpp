@@ -13,7 +13,7 @@
 
 namespace {
 
-using testing_locales::LocaleScope;
+using testing_support::LocaleScope;
 
 std::u16string Whole(const char16_t* text) {
   char16_t buffer[256];
@@ -33,7 +33,7 @@ std::u16string Grouped(const char16_t* text, int32_t digits) {
 }
 
 TEST(NumberText, GroupsWholeNumbers) {
-  const LocaleScope scope(testing_locales::kEnglish);
+  const LocaleScope scope(testing_support::kEnglish);
   const struct {
     const char16_t* text;
     const char16_t* grouped;
@@ -66,7 +66,7 @@ TEST(NumberText, GroupsWholeNumbers) {
 }
 
 TEST(NumberText, DecimalsAndGroups) {
-  const LocaleScope scope(testing_locales::kGerman);
+  const LocaleScope scope(testing_support::kGerman);
   EXPECT_EQ(u"1234567,50", Decimal(u"1234567.50"));
   EXPECT_EQ(u"-0,5", Decimal(u"-0.5"));
   EXPECT_EQ(u"00,5", Decimal(u"00.5"));
@@ -86,7 +86,7 @@ TEST(NumberText, DecimalsAndGroups) {
 }
 
 TEST(NumberText, LocaleWithoutLeadingZeroOrGroups) {
-  plat::LocaleFacts facts = testing_locales::kEnglish;
+  plat::LocaleFacts facts = testing_support::kEnglish;
   facts.leadingZero = false;
   facts.grouping = 0;
   const LocaleScope scope(facts);
@@ -97,7 +97,7 @@ TEST(NumberText, LocaleWithoutLeadingZeroOrGroups) {
 }
 
 TEST(NumberText, CutsAndBadArguments) {
-  const LocaleScope scope(testing_locales::kEnglish);
+  const LocaleScope scope(testing_support::kEnglish);
   char16_t buffer[8] = u"~~~~~~~";
   EXPECT_EQ(3, ZrFormatNumber(u"1234567", buffer, 4));
   EXPECT_EQ(std::u16string(u"1,2"), buffer);
@@ -110,7 +110,7 @@ TEST(NumberText, CutsAndBadArguments) {
 }
 
 TEST(Internationals, RecordAndSelectors) {
-  const LocaleScope scope(testing_locales::kFrench);
+  const LocaleScope scope(testing_support::kFrench);
   tZRINTERNATIONALS record;
   std::memset(&record, 0xEE, sizeof record);
   EXPECT_EQ(S_OK, ZrLang_GetInternationals(&record, 4000));
@@ -156,7 +156,7 @@ TEST(Internationals, RecordAndSelectors) {
 }
 
 TEST(Internationals, PartialCopyStoresItsSize) {
-  const LocaleScope scope(testing_locales::kEnglish);
+  const LocaleScope scope(testing_support::kEnglish);
   tZRINTERNATIONALS record;
   std::memset(&record, 0xEE, sizeof record);
   EXPECT_EQ(S_OK, ZrLang_GetInternationals(&record, 8));
@@ -167,7 +167,7 @@ TEST(Internationals, PartialCopyStoresItsSize) {
 
 TEST(Internationals, EqualSeparatorsAreToldApart) {
   for (const bool comma : {false, true}) {
-    plat::LocaleFacts facts = testing_locales::kEnglish;
+    plat::LocaleFacts facts = testing_support::kEnglish;
     facts.thousandsSeparator[0] = facts.decimalSeparator[0] = comma ? u',' : u'.';
     const LocaleScope scope(facts);
     char16_t buffer[64];
@@ -180,11 +180,11 @@ TEST(LocaleFacts, FromTheUnicodeTables) {
   const struct {
     const char* name;
     const plat::LocaleFacts* expected;
-  } kRows[] = {{"en_US.UTF-8", &testing_locales::kEnglish},
-               {"de-DE", &testing_locales::kGerman},
-               {"fr_FR", &testing_locales::kFrench},
-               {"ja-JP", &testing_locales::kJapanese},
-               {"sv_SE.UTF-8@euro", &testing_locales::kSwedish}};
+  } kRows[] = {{"en_US.UTF-8", &testing_support::kEnglish},
+               {"de-DE", &testing_support::kGerman},
+               {"fr_FR", &testing_support::kFrench},
+               {"ja-JP", &testing_support::kJapanese},
+               {"sv_SE.UTF-8@euro", &testing_support::kSwedish}};
   for (const auto& row : kRows) {
     const plat::LocaleFacts facts = plat::NamedLocale(row.name);
     EXPECT_EQ(row.expected->lcid, facts.lcid) << row.name;

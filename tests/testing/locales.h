@@ -5,7 +5,7 @@
 #include "marlo110k/locale.h"
 #include "platform/base/locale.h"
 
-namespace testing_locales {
+namespace testing_support {
 
 inline const plat::LocaleFacts kEnglish{0x0409,
                                         1,
@@ -51,4 +51,4 @@ class LocaleScope {
   LocaleScope& operator=(const LocaleScope&) = delete;
 };
 
-}  // namespace testing_locales
+}  // namespace testing_support

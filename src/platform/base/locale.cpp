@@ -98,7 +98,10 @@ void ReadNames(const char* id, LocaleFacts* facts) noexcept {
 LocaleFacts NamedLocale(const char* name) noexcept {
   char id[ULOC_FULLNAME_CAPACITY] = {};
   UErrorCode status = U_ZERO_ERROR;
-  uloc_getBaseName(name, id, ULOC_FULLNAME_CAPACITY - 1, &status);
+  char bare[ULOC_FULLNAME_CAPACITY] = {};  // without the encoding and the modifier
+  std::strncpy(bare, name, sizeof bare - 1);
+  bare[std::strcspn(bare, ".@")] = 0;
+  uloc_getBaseName(bare, id, ULOC_FULLNAME_CAPACITY - 1, &status);
   if (U_FAILURE(status) || id[0] == 0) std::memcpy(id, kDefaultLocale, sizeof kDefaultLocale);
 
   LocaleFacts facts;

@@ -223,5 +223,5 @@ ZR_API uint32_t ZrErrorHandler_DumpHex(char* buffer, uint32_t size, const void* 
 ZR_API uint32_t ZrErrorHandler_DumpHexDWords(char* buffer, uint32_t size, const void* address,
                                              uint32_t values) noexcept;
 /// Decides about an exception and shows it with its dump as details.
-/// @return 0 to go on searching (a guard page, or a debugger is there), 1 to execute the handler.
+/// @return 0 to go on searching (a misaligned access, a debugger, no record), 1 to execute the handler.
 ZR_API int32_t ZrErrorHandler_ExceptionFilter(const EXCEPTION_POINTERS* pointers, const char* threadName) noexcept;

@@ -24,6 +24,7 @@
 #include "marlo110k/levels.h"
 #include "marlo110k/list.h"
 #include "marlo110k/locale.h"
+#include "marlo110k/log.h"
 #include "marlo110k/mriff.h"
 #include "marlo110k/os.h"
 #include "marlo110k/platform/event.h"
@@ -36,3 +37,4 @@
 #include "marlo110k/samples.h"
 #include "marlo110k/wavefile.h"
 #include "marlo110k/waveformat.h"
+#include "marlo110k/windowtext.h"

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "kernel/file_name.h"
 #include "kernel/kernel_state.h"
 #include "kernel/startup.h"
 #include "kernel/system_facts.h"
@@ -20,14 +21,6 @@ namespace {
 constexpr auto kRelaxed = std::memory_order_relaxed;
 constexpr size_t kClientNameCharacters = 128;
 constexpr uint32_t kOldestMajorVersion = 4;
-
-const char16_t* FileNameOf(const char16_t* path) noexcept {
-  const char16_t* name = path;
-  for (; *path != 0; ++path) {
-    if (*path == u'/' || *path == u'\\') name = path + 1;
-  }
-  return name;
-}
 
 }  // namespace
 

@@ -1,6 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 # Functions that add tests, benchmarks and fuzz targets, one line each for the folders.
 
+# The scripts that run all benchmarks or all fuzz targets find their names in these files.
+set(MARLO_BENCH_LIST ${CMAKE_BINARY_DIR}/marlo_benches.txt)
+set(MARLO_FUZZ_LIST ${CMAKE_BINARY_DIR}/marlo_fuzz_targets.txt)
+file(WRITE ${MARLO_BENCH_LIST} "")
+file(WRITE ${MARLO_FUZZ_LIST} "")
+
 # marlo_add_test(NAME SOURCES... [LABELS label...]): a GoogleTest program over the library's objects,
 # internals included. Label "threads" puts it into the thread sanitizer's suite, "slow" out of the
 # sanitizer suites.
@@ -19,12 +25,21 @@ function(marlo_add_bench name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/bench)
   target_link_libraries(${name} PRIVATE marlo_objects marlo_bench_harness ${ARG_LIBRARIES})
   target_compile_definitions(${name} PRIVATE ${ARG_DEFINITIONS})
+  file(APPEND ${MARLO_BENCH_LIST} "${name}\n")
 endfunction()
 
-# marlo_add_fuzz(NAME SOURCE): a libFuzzer program; its corpus is fuzz/corpus/NAME.
+# marlo_add_fuzz(NAME SOURCE): a libFuzzer program; its corpus is fuzz/corpus/NAME. In builds without
+# MARLO_FUZZ the same source becomes a test that replays the corpus.
 function(marlo_add_fuzz name source)
-  add_executable(${name} ${source})
+  if(MARLO_FUZZ)
+    add_executable(${name} ${source})
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+    file(APPEND ${MARLO_FUZZ_LIST} "${name}\n")
+  else()
+    add_executable(${name} ${source} ${PROJECT_SOURCE_DIR}/fuzz/replay.cpp)
+    add_test(NAME ${name} COMMAND ${name} ${PROJECT_SOURCE_DIR}/fuzz/corpus/${name})
+    set_tests_properties(${name} PROPERTIES LABELS fuzz TIMEOUT 300)
+  endif()
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/fuzz)
   target_link_libraries(${name} PRIVATE marlo_objects)
-  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
 endfunction()

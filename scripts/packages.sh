@@ -35,6 +35,7 @@ packages_check=(
   clang-14
   clang-format-14
   clang-tidy-14
+  libclang-rt-14-dev
   llvm-14
 )
 # The reference manual.
@@ -49,6 +50,11 @@ packages_bench=(
   libsoxr-dev
   libswresample-dev
   libavutil-dev
+)
+
+# Coverage figures.
+packages_coverage=(
+  gcovr
 )
 
 # Prints those of the named packages that aren't installed.

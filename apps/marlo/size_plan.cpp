@@ -36,8 +36,8 @@ Tail WalkTail(plat::File* file, Container container, int64_t start, int64_t file
     const std::optional<ChunkHeader> chunk = ReadChunkHeader(file, container, tail.end);
     if (!chunk || !IsPlausibleLabel(container, chunk->label)) break;
     const bool whole = chunk->bytes <= static_cast<uint64_t>(fileBytes - chunk->dataOffset);
-    // A header that is no more than likely must also fit, else loud samples would pass for a chunk.
-    if (!whole && !IsKnownLabel(container, chunk->label)) break;
+    // A header that is no more than likely must also hold something and fit, else samples pass for a chunk.
+    if (!IsKnownLabel(container, chunk->label) && (!whole || chunk->bytes == 0)) break;
     tail.hasChunks = true;
     tail.end = std::min(EndOfChunk(container, *chunk), fileBytes);
     if (!whole) {

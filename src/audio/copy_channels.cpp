@@ -9,6 +9,7 @@ namespace {
 template <class Dest, class Source>
 void CopyChannelsPlain(void* dest, uint32_t destChannels, uint32_t destIndex, const void* source,
                        uint32_t sourceChannels, uint32_t sourceIndex, int64_t frames) noexcept {
+  if (frames <= 0) return;
   // Moving bytes in place onto a wider stride would overwrite frames that are still to be read.
   if constexpr (std::is_same_v<Dest, Source>) {
     if (dest == source && destChannels > sourceChannels) return;

@@ -11,10 +11,9 @@
 
 #include "audio/copy.h"
 #include "audio/kernel_table.h"
+#include "marlo110k/errors.h"
 
 namespace marlo {
-
-CopyCheckReport copyCheckReport = nullptr;
 
 namespace {
 
@@ -101,6 +100,11 @@ HRESULT RunCopyCheck(const CopyCheck& check) noexcept {
   return result;
 }
 
+void ReportCopyCheckFailure(HRESULT code, int32_t node, ZrWindow* window) noexcept {
+  ZrErrorHandler_DetailsAddString(code, u"ZrAudioCopy_UnitTest node[%d] failed.", node);
+  if (window) ZrMessageBox(window, u"INTERNAL: AudioCopy unit test failed!", nullptr, ZRMB_OK | ZRMB_ICONHAND);
+}
+
 }  // namespace marlo
 
 HRESULT ZrAudioCopy_UnitTest(ZrWindow* window) noexcept {
@@ -114,7 +118,7 @@ HRESULT ZrAudioCopy_UnitTest(ZrWindow* window) noexcept {
                                                      kFloatTypes[static_cast<size_t>(node % 2)])
                                          : CheckSse2(node - kPairs);
     if (result == S_OK) continue;
-    if (copyCheckReport) copyCheckReport(result, node, window);
+    if (result == E_UNEXPECTED) ReportCopyCheckFailure(result, node, window);
     return result;
   }
   return S_OK;

@@ -22,8 +22,6 @@ struct CopyCheck {
 HRESULT RunCopyCheck(const CopyCheck& check) noexcept;
 
 /// Tells of a failed check, which has the number `node`: a line of details and, with a window, a message.
-/// The error layer installs it.
-using CopyCheckReport = void (*)(HRESULT code, int32_t node, ZrWindow* window) noexcept;
-extern CopyCheckReport copyCheckReport;
+void ReportCopyCheckFailure(HRESULT code, int32_t node, ZrWindow* window) noexcept;
 
 }  // namespace marlo

@@ -67,7 +67,7 @@ void Float32FromPcm16Sse2(void* dest, const void* source, int64_t samples, float
 /// Two samples an instruction at gain 1.0, from the last to the first.
 void Float64FromFloat32Sse2(void* dest, const void* source, int64_t samples, float gain) noexcept {
   const auto plain = CopyMemberPlain(ZRSAMPLETYPE_FLOAT64, ZRSAMPLETYPE_FLOAT32);
-  if (gain != 1.0f) return plain(dest, source, samples, gain);
+  if (gain != 1.0f || samples <= 0) return plain(dest, source, samples, gain);
   auto* to = static_cast<uint8_t*>(dest);
   const auto* from = static_cast<const uint8_t*>(source);
   const int64_t pairs = samples & ~int64_t{1};
@@ -81,7 +81,7 @@ void Float64FromFloat32Sse2(void* dest, const void* source, int64_t samples, flo
 /// Two samples an instruction at gain 1.0.
 void Float32FromFloat64Sse2(void* dest, const void* source, int64_t samples, float gain) noexcept {
   const auto plain = CopyMemberPlain(ZRSAMPLETYPE_FLOAT32, ZRSAMPLETYPE_FLOAT64);
-  if (gain != 1.0f) return plain(dest, source, samples, gain);
+  if (gain != 1.0f || samples <= 0) return plain(dest, source, samples, gain);
   auto* to = static_cast<uint8_t*>(dest);
   const auto* from = static_cast<const uint8_t*>(source);
   int64_t n = 0;
@@ -114,12 +114,13 @@ ZRAUDIOCOPYFUNCTION CopyMemberSse2(uint32_t destType, uint32_t sourceType) noexc
 /// conversion in place is safe as in the plain member; an integer of 16 bits times 2^-15 is exact.
 void CopyChannelsFloat64FromPcm16Sse2(void* dest, uint32_t destChannels, uint32_t destIndex, const void* source,
                                       uint32_t sourceChannels, uint32_t sourceIndex, int64_t frames) noexcept {
+  if (frames <= 0) return;
   const auto plain = CopyChannelsMemberPlain(ZRSAMPLETYPE_FLOAT64, ZRSAMPLETYPE_PCM16);
   const int64_t destStride = int64_t{destChannels} * 8;
   const int64_t sourceStride = int64_t{sourceChannels} * 2;
   auto* to = static_cast<uint8_t*>(dest);
   const auto* from = static_cast<const uint8_t*>(source);
-  const int64_t blocks = frames > 0 ? frames & ~int64_t{7} : 0;
+  const int64_t blocks = frames & ~int64_t{7};
   plain(to + blocks * destStride, destChannels, destIndex, from + blocks * sourceStride, sourceChannels, sourceIndex,
         frames - blocks);
   to += int64_t{destIndex} * 8;

@@ -41,8 +41,7 @@ enum class FloatProduct {
 };
 
 template <class Dest, class Source, FloatProduct kProduct>
-MARLO_AVX2_INLINE void MixEight(uint8_t* dest, const uint8_t* source, const double* gainRow) noexcept {
-  const Doubles gains = LoadGains(gainRow);
+MARLO_AVX2_INLINE void MixEight(uint8_t* dest, const uint8_t* source, Doubles gains) noexcept {
   const auto raw = Lanes<Source>::Load(source);
   const auto present = Lanes<Dest>::Load(dest);
   if constexpr (kAddsIntegers<Dest>) {
@@ -78,38 +77,53 @@ MARLO_AVX2_INLINE void MixEight(uint8_t* dest, const uint8_t* source, const doub
 
 /// Fewer than eight samples, through blocks on the stack.
 template <class Dest, class Source, FloatProduct kProduct>
-MARLO_AVX2_INLINE void MixRest(uint8_t* dest, const uint8_t* source, int64_t samples, const double* gainRow) noexcept {
+MARLO_AVX2_INLINE void MixRest(uint8_t* dest, const uint8_t* source, int64_t samples, Doubles gains) noexcept {
   if (samples == 0) return;
   uint8_t from[8 * Source::kBytes] = {};
   uint8_t to[8 * Dest::kBytes] = {};
   std::memcpy(from, source, static_cast<size_t>(samples * Source::kBytes));
   std::memcpy(to, dest, static_cast<size_t>(samples * Dest::kBytes));
-  MixEight<Dest, Source, kProduct>(to, from, gainRow);
+  MixEight<Dest, Source, kProduct>(to, from, gains);
   std::memcpy(dest, to, static_cast<size_t>(samples * Dest::kBytes));
 }
 
-/// @param gainRow entry i is the gain of channel i mod channels; channels + 8 entries.
-template <class Dest, class Source, FloatProduct kProduct>
+/// @param gainRow entry i is the gain of channel i mod channels; channels + 8 entries. With kFixedGains every
+/// group of eight takes the same gains: the channels divide eight.
+template <class Dest, class Source, FloatProduct kProduct, bool kFixedGains>
 MARLO_AVX2 void MixRun(uint8_t* dest, const uint8_t* source, int64_t samples, uint32_t channels,
                        const double* gainRow) noexcept {
   const int64_t whole = samples & ~int64_t{7};
+  const Doubles fixed = LoadGains(gainRow);
   const uint32_t step = 8 % channels;
-  auto phase = static_cast<uint32_t>(whole % channels);
   if constexpr (Dest::kBytes > Source::kBytes) {
+    auto phase = static_cast<uint32_t>(whole % channels);
     MixRest<Dest, Source, kProduct>(dest + whole * Dest::kBytes, source + whole * Source::kBytes, samples - whole,
-                                    gainRow + phase);
+                                    LoadGains(gainRow + phase));
+#pragma GCC unroll 2
     for (int64_t n = whole - 8; n >= 0; n -= 8) {
-      phase = phase >= step ? phase - step : phase + channels - step;
-      MixEight<Dest, Source, kProduct>(dest + n * Dest::kBytes, source + n * Source::kBytes, gainRow + phase);
+      if constexpr (!kFixedGains) phase = phase >= step ? phase - step : phase + channels - step;
+      MixEight<Dest, Source, kProduct>(dest + n * Dest::kBytes, source + n * Source::kBytes,
+                                       kFixedGains ? fixed : LoadGains(gainRow + phase));
     }
   } else {
-    phase = 0;
+    uint32_t phase = 0;
+#pragma GCC unroll 2
     for (int64_t n = 0; n < whole; n += 8) {
-      MixEight<Dest, Source, kProduct>(dest + n * Dest::kBytes, source + n * Source::kBytes, gainRow + phase);
-      phase = phase + step >= channels ? phase + step - channels : phase + step;
+      MixEight<Dest, Source, kProduct>(dest + n * Dest::kBytes, source + n * Source::kBytes,
+                                       kFixedGains ? fixed : LoadGains(gainRow + phase));
+      if constexpr (!kFixedGains) phase = phase + step >= channels ? phase + step - channels : phase + step;
     }
     MixRest<Dest, Source, kProduct>(dest + whole * Dest::kBytes, source + whole * Source::kBytes, samples - whole,
-                                    gainRow + phase);
+                                    LoadGains(gainRow + phase));
+  }
+}
+
+template <class Dest, class Source, FloatProduct kProduct>
+void MixWith(uint8_t* dest, const uint8_t* source, int64_t samples, uint32_t channels, const double* gainRow) noexcept {
+  if (8 % channels == 0) {
+    MixRun<Dest, Source, kProduct, true>(dest, source, samples, channels, gainRow);
+  } else {
+    MixRun<Dest, Source, kProduct, false>(dest, source, samples, channels, gainRow);
   }
 }
 
@@ -131,11 +145,11 @@ void Mix(void* dest, const void* source, int64_t samples, uint32_t channels, con
     // Stereo on 16 bytes is the published SSE2 form; above two channels the plain rule is in single.
     const bool aligned = ((reinterpret_cast<uintptr_t>(dest) | reinterpret_cast<uintptr_t>(source)) & 15) == 0;
     if (channels > 2 || (channels == 2 && aligned)) {
-      MixRun<Dest, Source, FloatProduct::kSingle>(to, from, samples, channels, gainRow);
+      MixWith<Dest, Source, FloatProduct::kSingle>(to, from, samples, channels, gainRow);
       return;
     }
   }
-  MixRun<Dest, Source, FloatProduct::kRounded>(to, from, samples, channels, gainRow);
+  MixWith<Dest, Source, FloatProduct::kRounded>(to, from, samples, channels, gainRow);
 }
 
 /// Raw values at the gains of a row, added. FLOAT32 rounds the product and adds in single.

@@ -9,7 +9,7 @@ namespace {
 template <class Dest, class Source>
 void MixChannelsPlain(void* dest, uint32_t destChannels, uint32_t destIndex, const void* source,
                       uint32_t sourceChannels, uint32_t sourceIndex, int64_t frames, double gain) noexcept {
-  if (dest == source && destIndex == sourceIndex) return;
+  if (frames <= 0 || (dest == source && destIndex == sourceIndex)) return;
   const int64_t destStride = int64_t{destChannels} * Dest::kBytes;
   const int64_t sourceStride = int64_t{sourceChannels} * Source::kBytes;
   auto* to = static_cast<uint8_t*>(dest) + int64_t{destIndex} * Dest::kBytes;

@@ -78,10 +78,11 @@ HRESULT InsertSlots(tZRLIST* list, int32_t index, const void* slots, int64_t n) 
     const HRESULT result = GrowList(list, n);
     if (FAILED(result)) return result;
   }
-  const uint64_t bytes = static_cast<uint64_t>(n) * list->itemSize;
-  std::memmove(SlotAt(list, index + n), SlotAt(list, index),
-               static_cast<uint64_t>(list->count - index) * list->itemSize);
-  std::memcpy(SlotAt(list, index), slots, bytes);
+  if (index < list->count) {
+    std::memmove(SlotAt(list, index + n), SlotAt(list, index),
+                 static_cast<uint64_t>(list->count - index) * list->itemSize);
+  }
+  std::memcpy(SlotAt(list, index), slots, static_cast<uint64_t>(n) * list->itemSize);
   list->count += static_cast<int32_t>(n);
   return S_OK;
 }

@@ -76,27 +76,41 @@ void QueueWaiter::Abandon() noexcept {
 }
 
 void EndWaiters(tZRQHEAD* queue, plat::Waitable* event) noexcept {
+  // The deletion counts as an orphan itself: whoever of them leaves last closes the event.
+  QueueWaiter deletion;
+  deletion.Begin(queue, event);
   Stripe& stripe = StripeOf(queue);
   for (;;) {
     const uint32_t departures = stripe.departures.load(std::memory_order_acquire);
     bool anyReturning = false;
-    bool anyOrphan = false;
     {
       std::lock_guard<std::mutex> guard(stripe.mutex);
       for (QueueWaiter* waiter = stripe.first; waiter != nullptr; waiter = waiter->next_) {
         if (waiter->event_ != event) continue;
-        anyReturning = anyReturning || waiter->state_ == QueueWaiter::State::kReturning;
-        anyOrphan = anyOrphan || waiter->state_ != QueueWaiter::State::kReturning;
-        if (waiter->state_ == QueueWaiter::State::kWaiting) waiter->state_ = QueueWaiter::State::kOrphaned;
+        if (waiter->state_ == QueueWaiter::State::kReturning) {
+          anyReturning = true;
+        } else {
+          waiter->state_ = QueueWaiter::State::kOrphaned;
+        }
       }
-      if (!anyReturning && !anyOrphan) plat::CloseWaitable(event);
     }
     if (!anyReturning) break;
     stripe.departures.wait(departures, std::memory_order_acquire);
   }
+  deletion.Abandon();
   // A waiter that was returning has the lock now; its turn ends before the lock does.
   plat::EnterLock(&queue->lock);
   plat::LeaveLock(&queue->lock);
+}
+
+size_t CountWaiters(const tZRQHEAD* queue) noexcept {
+  Stripe& stripe = StripeOf(queue);
+  std::lock_guard<std::mutex> guard(stripe.mutex);
+  size_t waiters = 0;
+  for (const QueueWaiter* waiter = stripe.first; waiter != nullptr; waiter = waiter->next_) {
+    if (waiter->queue_ == queue) ++waiters;
+  }
+  return waiters;
 }
 
 }  // namespace marlo

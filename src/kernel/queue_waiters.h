@@ -3,6 +3,8 @@
 // are on their way back.
 #pragma once
 
+#include <cstddef>
+
 #include "marlo110k/queue.h"
 
 namespace marlo {
@@ -21,6 +23,7 @@ class QueueWaiter {
   void Abandon() noexcept;
 
  private:
+  friend size_t CountWaiters(const tZRQHEAD* queue) noexcept;
   friend void EndWaiters(tZRQHEAD* queue, plat::Waitable* event) noexcept;
   enum class State : uint32_t { kWaiting, kReturning, kOrphaned };
 
@@ -37,5 +40,8 @@ class QueueWaiter {
 /// inside that saw it. On return no waiter touches the queue any more, and `event` is closed or the last of the
 /// waiters will close it. The queue's lock is not held.
 void EndWaiters(tZRQHEAD* queue, plat::Waitable* event) noexcept;
+
+/// Threads outside the queue's lock in a wait; for tests that act on them.
+size_t CountWaiters(const tZRQHEAD* queue) noexcept;
 
 }  // namespace marlo

@@ -75,6 +75,8 @@ inline std::vector<uint8_t> HardSamples(uint32_t type, int64_t count, testing_su
       // Half way between two steps of a narrower type.
       if (kind == 2 && layout.bits > 8) raw = (raw & ~int64_t{0xFF}) | 0x80;
       if (kind == 3 && layout.bits > 16) raw = (raw & ~int64_t{0xFFFF}) | 0x8000;
+      // A word whose writer left more than 24 bits in it.
+      if (kind == 4 && type == 48) raw = random.Between(-(int64_t{1} << 30), int64_t{1} << 30);
       PutRaw(type, sample, raw);
       continue;
     }

@@ -50,10 +50,12 @@ ZR_API bool ReleaseSemaphore(Waitable* semaphore, int32_t units) noexcept;
 ZR_API uint32_t WaitOne(Waitable* object, uint32_t timeoutMs) noexcept;
 
 /// Waits for any (or with kWaitAll all) of `count` objects, and with a wake mask also for the
-/// thread's own pending work.
+/// thread's own pending work, which ends a wait for all objects too. Pending work ends one wait: a later
+/// one looks past it unless kWaitInputAvailable is given. Without objects and work the time-out passes.
 /// @param wakeMask kWakeSentWork or 0; other message kinds never come on this platform yet.
 /// @return the lowest signalled index, `count` for pending work, kWaitIoCompletion, kWaitTimeout,
-/// or kWaitFailed for more than kMaxWaitObjects objects or a null among them.
+/// or kWaitFailed for more than kMaxWaitObjects objects, a null among them, or with kWaitAll one given twice.
+/// kWaitAll gives kWaitObject0.
 ZR_API uint32_t WaitAny(Waitable* const* objects, uint32_t count, uint32_t timeoutMs, uint32_t wakeMask,
                         uint32_t flags) noexcept;
 

@@ -15,6 +15,7 @@ class File;
 /// What a failed open gives, and what every call takes as "no file"; null counts as the same.
 inline File* const kInvalidFile = reinterpret_cast<File*>(static_cast<intptr_t>(-1));
 
+/// What a handle may do.
 enum FileAccess : uint32_t { kReadAccess = 1, kWriteAccess = 2, kReadWriteAccess = 3 };
 
 /// What other handles on the file may do meanwhile. Enforced among processes that use this layer.
@@ -29,6 +30,7 @@ enum FileDisposition : uint32_t {
   kTruncateExisting = 5  ///< Empties; error 2 when it doesn't exist. Needs write access.
 };
 
+/// Where a seek counts from.
 enum FileSeek : uint32_t { kSeekStart = 0, kSeekCurrent = 1, kSeekEnd = 2 };
 
 /// Opens a file. Backslashes in `path` separate folders like slashes; an existing name is found

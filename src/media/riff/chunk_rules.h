@@ -21,12 +21,20 @@ void Store(Value* out, Value value) noexcept {
   if (out != nullptr) *out = value;
 }
 
-/// Moves over a chunk's data; the bound shrinks by as much.
+/// Whether a walk under `bound` has no room left for a header.
+template <class Framing>
+bool IsSpent(const typename Framing::Bound* bound, typename Framing::Bound left) noexcept {
+  return bound != nullptr && left < typename Framing::Bound{Framing::kHeaderBytes};
+}
+
+/// Moves over a chunk's data; `left` shrinks by as much. A size that no position can reach is an error only while
+/// the bound has room: where it is spent, the walk ends for that reason.
 template <class Framing, class Source>
-bool PassData(Source source, typename Framing::Size dataBytes, typename Framing::Bound* left) noexcept {
+HRESULT PassData(Source source, typename Framing::Size dataBytes, const typename Framing::Bound* bound,
+                 typename Framing::Bound* left) noexcept {
   const uint64_t padded = Framing::Padded(dataBytes);
   *left = Framing::TakeOff(*left, padded);
-  return source.Skip(static_cast<int64_t>(padded));
+  return ReadResult(source.Skip(static_cast<int64_t>(padded)) || IsSpent<Framing>(bound, *left));
 }
 
 template <class Framing, class Source>
@@ -34,7 +42,7 @@ HRESULT FindChunk(Source source, const typename Framing::Id& id, typename Framin
                   typename Framing::Bound* bound) noexcept {
   auto left = bound != nullptr ? *bound : typename Framing::Bound{};
   for (;;) {
-    if (bound != nullptr && left < typename Framing::Bound{Framing::kHeaderBytes}) {
+    if (IsSpent<Framing>(bound, left)) {
       *bound = left;
       return ZR_E_NOT_FOUND;
     }
@@ -46,7 +54,8 @@ HRESULT FindChunk(Source source, const typename Framing::Id& id, typename Framin
       Store(bound, left);
       return S_OK;
     }
-    if (!PassData<Framing>(source, header.dataBytes, &left)) return ZR_E_FILE_READ;
+    const HRESULT passed = PassData<Framing>(source, header.dataBytes, bound, &left);
+    if (FAILED(passed)) return passed;
   }
 }
 
@@ -68,7 +77,8 @@ HRESULT FindList(Source source, const typename Framing::Id& listType, typename F
     // The type belongs to the data; a list too short to hold one goes back to where its data ends.
     const uint64_t padded = Framing::Padded(listBytes);
     if (bound != nullptr) *bound = Framing::TakeOff(*bound, padded);
-    if (!source.Skip(static_cast<int64_t>(padded) - int64_t{Framing::kTypeBytes})) return ZR_E_FILE_READ;
+    const bool skipped = source.Skip(static_cast<int64_t>(padded) - int64_t{Framing::kTypeBytes});
+    if (!skipped && (bound == nullptr || !IsSpent<Framing>(bound, *bound))) return ZR_E_FILE_READ;
   }
 }
 
@@ -77,18 +87,13 @@ template <class Framing, class Source>
 HRESULT PassEntries(Source source, uint32_t entries, uint32_t* passed, typename Framing::Bound* bound) noexcept {
   auto left = bound != nullptr ? *bound : typename Framing::Bound{};
   HRESULT result = S_OK;
-  while (*passed < entries && (bound == nullptr || left >= typename Framing::Bound{Framing::kHeaderBytes})) {
+  while (SUCCEEDED(result) && *passed < entries && !IsSpent<Framing>(bound, left)) {
     HeaderOf<Framing> header;
-    if (!Framing::Read(source, &header)) {
-      result = ZR_E_FILE_READ;
-      break;
-    }
+    result = ReadResult(Framing::Read(source, &header));
+    if (FAILED(result)) break;
     left = Framing::TakeOff(left, Framing::kHeaderBytes);
-    if (!PassData<Framing>(source, header.dataBytes, &left)) {
-      result = ZR_E_FILE_READ;
-      break;
-    }
-    ++*passed;
+    result = PassData<Framing>(source, header.dataBytes, bound, &left);
+    if (SUCCEEDED(result)) ++*passed;
   }
   Store(bound, left);
   return result;

@@ -49,7 +49,9 @@ HRESULT LoadItems(plat::File* file, tZRDISPLIST* list, int64_t* left) noexcept {
       }
     }
     // From the start of the data: reading an item moves on to an even byte, not to a multiple of 8.
-    if (!bytes.Seek(dataStart) || !PassData<Riff64Framing>(bytes, header.dataBytes, left)) return ZR_E_FILE_READ;
+    if (!bytes.Seek(dataStart)) return ZR_E_FILE_READ;
+    const HRESULT passed = PassData<Riff64Framing>(bytes, header.dataBytes, left, left);
+    if (FAILED(passed)) return passed;
   }
   return S_OK;
 }

@@ -114,7 +114,8 @@ HRESULT riff64_DeleteChunk(plat::File* file, const GUID* label, uint64_t* remove
   const uint64_t removedBytes = Riff64Framing::Padded(dataBytes) + Riff64Framing::kHeaderBytes;
   result = CloseGap(file, start, start + removedBytes);
   if (FAILED(result)) return result;
-  result = riff64_UpdateRIFFSize(file, -static_cast<int64_t>(removedBytes));
+  // A declared size at its limit makes 2^63, which only unsigned arithmetic can negate.
+  result = riff64_UpdateRIFFSize(file, static_cast<int64_t>(0 - removedBytes));
   if (FAILED(result)) return result;
   Store(removed, removedBytes);
   return S_OK;

@@ -62,9 +62,10 @@ HRESULT riff_DeleteChunk(plat::File* file, uint32_t id, uint32_t* removed, int32
   uint64_t position = 0;
   if (!bytes.Tell(&position)) return ZR_E_FILE_READ;
 
-  const uint64_t headerBytes = RiffFraming::kHeaderBytes + (isList != 0 ? RiffFraming::kTypeBytes : 0);
-  const uint64_t removedBytes = RiffFraming::Padded(dataBytes) + headerBytes;
-  const uint64_t start = position - headerBytes;
+  // A list's type is part of its data. Adding it back also undoes the wrap of a list too short for one.
+  const uint32_t typeBytes = isList != 0 ? RiffFraming::kTypeBytes : 0;
+  const uint64_t removedBytes = RiffFraming::Padded(dataBytes + typeBytes) + RiffFraming::kHeaderBytes;
+  const uint64_t start = position - RiffFraming::kHeaderBytes - typeBytes;
   uint8_t block[kTailBlockBytes];
   result = CloseGap(file, start, start + removedBytes, block);
   if (FAILED(result)) return result;

@@ -6,7 +6,7 @@
 
 namespace plat {
 
-/// A source of time; waits with a time-out also go through it.
+/// A source of time. Time-outs of waits are measured on the system's clock, or on a FakeClock in place.
 class Clock {
  public:
   virtual ~Clock() = default;
@@ -28,20 +28,25 @@ LocalTime GetLocalTime() noexcept;
 /// Puts a clock in place of the system's, null restores it. @return the one before (null: the system's).
 Clock* SetClock(Clock* clock) noexcept;
 
-/// A clock that stands still until it is stepped. While it is in place every timed wait measures
-/// its time-out on it: a step wakes the waits whose time has come.
+/// A clock that stands still until it is stepped. It starts one second after its zero and counts in
+/// 100-ns units. While it is in place every timed wait measures its time-out on it: a step wakes the
+/// waits whose time has come. The latest one made is the one that waits follow.
 class FakeClock : public Clock {
  public:
   FakeClock();
-  ~FakeClock() override;  ///< Restores the former clock.
+  /// Restores the former clock. Timed waits that still run on this one end as timed out.
+  ~FakeClock() override;
+  FakeClock(const FakeClock&) = delete;
+  FakeClock& operator=(const FakeClock&) = delete;
   int64_t Counter() override;
   int64_t Frequency() override;
   void StepMilliseconds(uint32_t milliseconds);
   /// Blocks until `waiters` threads are in timed waits, so that a test can step without a race.
   void AwaitTimedWaiters(uint32_t waiters);
 
- private:
   struct State;
+
+ private:
   State* state_;
 };
 

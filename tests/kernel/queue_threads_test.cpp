@@ -9,6 +9,8 @@
 
 #include "kernel/queue_waiters.h"
 #include "marlo110k/queue.h"
+#include "platform/base/clock.h"
+#include "platform/sys/thread.h"
 
 namespace {
 
@@ -139,6 +141,35 @@ TEST(QueueThreads, AQueueMayBeMadeAgainUnderLateWaiters) {
     waiters.back().join();
     waiters.pop_back();
   }
+}
+
+// A serving wait goes on after sent work with what is left of its time, not with the whole of it.
+TEST(QueueThreads, ServedWorkUsesUpTheTimeOut) {
+  plat::FakeClock clock;
+  tZRQHEAD queue{};
+  ASSERT_EQ(1, ZrQueueInitialize(&queue));
+  Element element;
+  std::atomic<uint32_t> consumerId{0};
+  std::atomic<bool> served{false};
+  std::thread consumer([&] {
+    plat::OpenInbox();
+    consumerId = plat::CurrentThreadId();
+    EXPECT_EQ(nullptr, ZrQueueRemoveAlertable(&queue, 1000));
+  });
+  clock.AwaitTimedWaiters(1);
+  clock.StepMilliseconds(600);
+  ASSERT_TRUE(plat::SendWork(
+      consumerId.load(), [](void* flag) { static_cast<std::atomic<bool>*>(flag)->store(true); }, &served));
+  while (!served.load()) std::this_thread::yield();
+  clock.AwaitTimedWaiters(1);
+  clock.StepMilliseconds(399);
+  EXPECT_EQ(1U, marlo::CountWaiters(&queue));
+  clock.StepMilliseconds(1);
+  // Too late for a consumer whose time is up; one that began its time anew would take it.
+  ZrQueueInsert(&queue, &element.links);
+  consumer.join();
+  EXPECT_EQ(&element.links, ZrQueueRemove(&queue, 0));
+  ZrQueueDelete(&queue);
 }
 
 TEST(QueueThreads, FlushesAndProducersLeaveAnOrderlyQueue) {

@@ -138,7 +138,7 @@ TEST_F(ErrorText, ComposedTextWithDetails) {
   const int64_t blocks = plat::LiveBlocks();
   char16_t* text = ZrErrorHandler_ComposeErrorText(12, ZR_E_BUSY, nullptr);
   EXPECT_EQ(std::u16string(u"An error occurred while recording.\n\nThe system is busy."), text);
-  EXPECT_EQ(54U, plat::StringCharacters(text));
+  EXPECT_EQ(55U, plat::StringCharacters(text));
   ZrErrorHandler_FreeErrorText(text);
   ZrErrorHandler_DetailsAddString(ZR_E_BUSY, u"%s line", u"first");
   ZrErrorHandler_DetailsAddString(ZR_E_BUSY, u"second");

@@ -21,8 +21,6 @@ constinit zrlang_t unknownText = English(u"Unknown");
 constinit zrlang_t rateText = English(u"$d Hz");
 constinit zrlang_t attributesText = English(u"$d Hz$, %d Bit$, %s");
 constinit zrlang_t floatAttributesText = English(u"$d Hz$, %d Bit (IEEE Float)$, %s");
-constinit zrlang_t unnamedSpeakersMono = English(u"Mono");
-constinit zrlang_t unnamedSpeakersStereo = English(u"Stereo");
 constinit zrlang_t pcmTag = English(u"PCM");
 constinit zrlang_t floatTag = English(u"PCM (float)");
 constinit zrlang_t unpackedTag = English(u"PCM (unpacked)");
@@ -99,8 +97,6 @@ void AddAttributeChannels(TextBuilder* builder, const WAVEFORMATEX* wfx) noexcep
   if (wfx->wFormatTag == WAVE_FORMAT_EXTENSIBLE) {
     mask = reinterpret_cast<const WAVEFORMATEXTENSIBLE*>(wfx)->dwChannelMask;
   }
-  if (channels == 1) return builder->Add(u"%s", KernelText(unnamedSpeakersMono));
-  if (channels == 2) return builder->Add(u"%s", KernelText(unnamedSpeakersStereo));
   if (channels == 8 && mask == kSevenOneSide) mask = 0xFF;
   const bool isSurround = (channels == 6 && (mask == 0x3F || mask == 0x60F)) || (channels == 8 && mask == 0xFF);
   AddChannels(builder, channels, isSurround ? mask : 0);

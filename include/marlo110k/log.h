@@ -35,7 +35,11 @@ class ZR_API CLog {
   /// Takes over paths and settings, but not the open file: the copy writes after an Init of its own.
   CLog(const CLog& other) noexcept;
   CLog& operator=(const CLog& other) noexcept;
-  virtual ~CLog();
+  ~CLog();
+  /// Closes the log and ends the object, in the place of a virtual destructor. @param flags 1 frees its memory, as of
+  /// `new CLog`.
+  /// @return this.
+  virtual void* DeleteSelf(uint32_t flags) noexcept;
 
   /// Opens the log for appending; an open one is closed first.
   /// @param path at most 259 characters, room for ".previous" included. @param flags kinds to write, and LOG_TIME,

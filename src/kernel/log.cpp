@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include "kernel/file_name.h"
@@ -69,6 +70,13 @@ CLog& CLog::operator=(const CLog& other) noexcept {
 CLog::~CLog() {
   Shutdown();
   plat::DeleteLock(&lock_);
+}
+
+void* CLog::DeleteSelf(uint32_t flags) noexcept {
+  constexpr uint32_t kFreeMemory = 1;
+  CLog::~CLog();
+  if ((flags & kFreeMemory) != 0) ::operator delete(this);
+  return this;
 }
 
 void CLog::TakeSettings(const CLog& other) noexcept {

@@ -134,6 +134,15 @@ TEST_F(Log, LongLinesAreCut) {
   EXPECT_EQ("ERR " + std::string(1023, 'x') + "\n", Contents(path_));
 }
 
+TEST_F(Log, DeleteSelfClosesTheFile) {
+  CLog* log = new CLog;
+  ASSERT_EQ(S_OK, log->Init(WidePath().c_str(), LOG_ERROR, -1, ZRLOG_DENYALL));
+  CLog second;
+  EXPECT_EQ(ZR_E_FILE_OPEN, second.Init(WidePath().c_str(), LOG_ERROR));
+  EXPECT_EQ(log, log->DeleteSelf(1));
+  EXPECT_EQ(S_OK, second.Init(WidePath().c_str(), LOG_ERROR));
+}
+
 TEST_F(Log, CopiesShareSettingsOnly) {
   CLog log;
   ASSERT_EQ(S_OK, log.Init(WidePath().c_str(), LOG_ERROR));

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "harness/harness.h"
+#include "kernel/allocation_count.h"
 #include "marlo110k/locale.h"
 #include "marlo110k/printf.h"
 #include "printf/peers.h"
@@ -74,5 +75,16 @@ int main() {
   localised.Peer(CLibrary());
   AddFmt(&localised);
   met = localised.Print() && met;
-  return met ? 0 : 1;
+
+  const uint64_t allocationsBefore = bench::AllocationCount();
+  char16_t buffer[kCapacity];
+  for (int i = 0; i < kTexts; ++i) {
+    ZrCchPrintF(buffer, kCapacity, nullptr, u"%s: $d %.3f $g $(AppName)$, %.2z $!: %I64x", u"take 7", 44100 + i,
+                0.5 * i, 1e6 / (i + 1), i, int64_t{i});
+    bench::Use(buffer);
+  }
+  const uint64_t allocations = bench::AllocationCount() - allocationsBefore;
+  std::printf("Allocations of %d mixed texts: %llu (goal 0: %s)\n", kTexts,
+              static_cast<unsigned long long>(allocations), allocations == 0 ? "met" : "MISSED");
+  return met && allocations == 0 ? 0 : 1;
 }

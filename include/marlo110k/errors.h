@@ -179,7 +179,7 @@ ZR_API uint32_t ZrMsgBox_CustomExF(HZRWINDOW parent, uint32_t flags, const char1
 /// The same with a finished text.
 ZR_API uint32_t ZrMsgBox_CustomExNoF(HZRWINDOW parent, uint32_t flags, const char16_t* details,
                                      const char16_t* checkText, int32_t* checkState, const char16_t* text) noexcept;
-/// The same with a link line. @param url, @param linkText null for none.
+/// The same with a link line. @param url null for none. @param linkText null for none.
 ZR_API uint32_t ZrMsgBox_CustomExLinkF(HZRWINDOW parent, uint32_t flags, const char16_t* details,
                                        const char16_t* checkText, int32_t* checkState, const char16_t* url,
                                        const char16_t* linkText, const char16_t* format, ...) noexcept;

@@ -86,9 +86,17 @@ TEST(OsFacts, DisplayDepthIsCachedUntilAMessageComes) {
   ZrKernel_UserPrefChanges(nullptr, WM_DISPLAYCHANGE);
 }
 
+TEST(OsFacts, OwnVersionResource) {
+  // The test program carries the library's resource.
+  char16_t buffer[16];
+  EXPECT_EQ(S_OK, ZrVersion_GetString(u"/proc/self/exe", u"CompanyName", buffer, 16));
+  EXPECT_EQ(std::u16string(buffer), u"Orlu Works");
+  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(u"/proc/self/exe", u"NoSuchKey", buffer, 16));
+}
+
 TEST(OsFacts, AFileWithoutAVersionResource) {
   char16_t buffer[16];
-  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(u"/proc/self/exe", u"CompanyName", buffer, 16));
+  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(u"/bin/sh", u"CompanyName", buffer, 16));
   EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(u"/no/such/file", u"CompanyName", buffer, 16));
   EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(nullptr, u"CompanyName", buffer, 16));
   EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(u"/proc/self/exe", nullptr, buffer, 16));

@@ -91,12 +91,13 @@ uint32_t DumpMemory(char* buffer, uint32_t size, const void* address, uint32_t c
   constexpr uint32_t kLineBytes = 1 + kPointerDigits + 2 + kItems * kCellCharacters + kItems * kBytes + 2;
   if (buffer == nullptr || size == 0) return 0;
   DumpWriter writer(buffer, size);
-  const char* cursor = static_cast<const char*>(address);
+  // A number rather than a pointer: the address may be null or wild.
+  uintptr_t cursor = reinterpret_cast<uintptr_t>(address);
   while (count > 0 && writer.Left() >= kLineBytes + kReservedBytes) {
     const uint32_t items = std::min(count, kItems);
     char text[kItems * kBytes + 1] = {};
     writer.Print(" ");
-    writer.PrintPointer(cursor);
+    writer.PrintWord(cursor);
     writer.Print(": ");
     for (uint32_t i = 0; i < kItems; ++i) {
       unsigned char bytes[kBytes];
@@ -104,7 +105,7 @@ uint32_t DumpMemory(char* buffer, uint32_t size, const void* address, uint32_t c
         writer.Print("%*s", static_cast<int>(kCellCharacters), "");
         continue;
       }
-      const bool readable = plat::TryRead(cursor + i * kBytes, bytes, kBytes);
+      const bool readable = plat::TryRead(reinterpret_cast<const void*>(cursor + i * kBytes), bytes, kBytes);
       for (uint32_t b = 0; b < kBytes; ++b) {
         // A value's digits begin with its highest byte, which stands last in memory.
         if (readable) {

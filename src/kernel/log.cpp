@@ -123,10 +123,10 @@ HRESULT CLog::RollOver() noexcept {
 }
 
 HRESULT CLog::WriteLine(const char* bytes, uint32_t count) noexcept {
-  // Appending: other writers may have made the file longer.
+  // Appending: other writers may have made the file longer. Nothing is buffered on this side, so a line that was
+  // written outlives the process.
   if (!plat::SeekFile(file_, 0, plat::kSeekEnd, nullptr)) return ZR_E_FILE_WRITE;
-  if (!plat::WriteFile(file_, bytes, count, nullptr)) return ZR_E_FILE_WRITE;
-  return plat::FlushFile(file_) ? S_OK : ZR_E_FILE_WRITE;
+  return plat::WriteFile(file_, bytes, count, nullptr) ? S_OK : ZR_E_FILE_WRITE;
 }
 
 HRESULT CLog::Write(uint32_t type, const char16_t* sourceFile, int32_t line, const char16_t* format, ...) noexcept {

@@ -7,15 +7,32 @@ set(MARLO_FUZZ_LIST ${CMAKE_BINARY_DIR}/marlo_fuzz_targets.txt)
 file(WRITE ${MARLO_BENCH_LIST} "")
 file(WRITE ${MARLO_FUZZ_LIST} "")
 
-# marlo_add_test(NAME SOURCES... [LABELS label...]): a GoogleTest program over the library's objects,
-# internals included. Label "threads" puts it into the thread sanitizer's suite, "slow" out of the
-# sanitizer suites.
+# marlo_discover_tests(NAME [label]): makes each test of a GoogleTest program one of ctest's. Label "threads"
+# puts it into the thread sanitizer's suite, "slow" out of the sanitizer suites.
+function(marlo_discover_tests name)
+  if(ARGC GREATER 2)
+    # The discovery can't carry a list as a property.
+    message(FATAL_ERROR "${name}: a test program has one label at most")
+  endif()
+  set(properties TIMEOUT 300)
+  if("slow" IN_LIST ARGN)
+    # The exhaustive forms of the nightly run.
+    set(properties TIMEOUT 7200)
+  endif()
+  if(ARGC GREATER 1)
+    list(APPEND properties LABELS ${ARGN})
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+endfunction()
+
+# marlo_add_test(NAME SOURCES... [LABELS label]): a GoogleTest program over the library's objects, internals
+# included.
 function(marlo_add_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE marlo_objects GTest::gmock_main)
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 300)
+  marlo_discover_tests(${name} ${ARG_LABELS})
 endfunction()
 
 # marlo_add_bench(NAME SOURCES... [LIBRARIES ...] [DEFINITIONS ...])

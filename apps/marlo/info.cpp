@@ -103,8 +103,9 @@ Json JsonOf(const std::string& path, const FileReport& report) {
 
 void PrintChunks(Container container, const std::vector<ChunkNode>& nodes, int depth) {
   for (const ChunkNode& node : nodes) {
-    const std::string name = std::string(static_cast<size_t>(depth) * 2, ' ') + NameOf(container, node.header.label) +
-                             (node.isList ? " " + NameOf(container, node.listType) : "");
+    std::string name(static_cast<size_t>(depth) * 2, ' ');
+    name += NameOf(container, node.header.label);
+    if (node.isList) name.append(1, ' ').append(NameOf(container, node.listType));
     std::printf("  %-14s offset %12lld  bytes %14llu\n", name.c_str(), static_cast<long long>(node.header.offset),
                 static_cast<unsigned long long>(node.header.bytes));
     PrintChunks(container, node.children, depth + 1);

@@ -7,6 +7,7 @@
 
 #include "errors.h"
 #include "marlo110k/platform/file.h"
+#include "open_file.h"
 #include "terminal.h"
 #include "unicode.h"
 
@@ -18,6 +19,14 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
   // Renaming over a device or folder would replace it.
   if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
     throw Failure(ZR_E_FILE_OPEN, path, "The output must be a plain file.");
+  }
+  // The platform finds names without regard to case; a file called otherwise must not be replaced by mistake.
+  if (!std::filesystem::exists(status)) {
+    const OpenFile other(plat::OpenFile(ToUtf16(path).c_str(), plat::kReadAccess, plat::kShareRead | plat::kShareWrite,
+                                        plat::kOpenExisting));
+    if (other.IsOpen()) {
+      throw Failure(ZR_E_FILE_EXISTS, path, "A file whose name differs only in capital letters exists already.");
+    }
   }
   // A link keeps pointing at its file, which gets the new content.
   if (std::filesystem::is_symlink(std::filesystem::symlink_status(path, error))) {

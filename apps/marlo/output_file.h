@@ -8,7 +8,8 @@ namespace host {
 
 class OutputFile {
  public:
-  /// Chooses the name to write to. Throws a Failure when `path` names something other than a plain file.
+  /// Chooses the name to write to. Throws a Failure when `path` names something other than a plain file,
+  /// or when only a file whose name has other capital letters exists.
   explicit OutputFile(const std::string& path);
   /// Removes what was written unless Commit() was reached.
   ~OutputFile();

@@ -10,6 +10,7 @@
 inline constexpr uint32_t kZrDisplayText = 1;     ///< CF_TEXT
 inline constexpr uint32_t kZrDisplayPicture = 8;  ///< CF_DIB
 
+/// One display datum of a file.
 struct tZRDISPITEM {
   uint32_t id;
   uint32_t size;  ///< Bytes of data.

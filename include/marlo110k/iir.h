@@ -12,6 +12,7 @@
 #include "marlo110k/contract/hresult.h"
 #include "marlo110k/export.h"
 
+/// What a filter lets through.
 enum ZRIIR_TYPE : uint32_t {
   ZRIIR_LOWPASS = 0,
   ZRIIR_HIGHPASS = 1,
@@ -19,6 +20,7 @@ enum ZRIIR_TYPE : uint32_t {
   ZRIIR_BANDPASS = 3,
 };
 
+/// The family of curves that a filter is designed from.
 enum ZRIIR_DESIGN : uint32_t {
   ZRIIR_BUTTERWORTH = 0,
   ZRIIR_CHEBYSHEV = 1,  ///< 0.5 dB of ripple.
@@ -86,6 +88,7 @@ class ZR_API CZrIIR {
   /// @param channelMask bit 0 for channel 0, bit 1 for channel 1; 0 means both. A channel that enters the mask
   /// starts with cleared delays.
   void ProcessFloat(float* destination, const float* source, uint32_t frames, uint32_t channelMask) noexcept;
+  /// As ProcessFloat, on doubles.
   void ProcessDouble(double* destination, const double* source, uint32_t frames, uint32_t channelMask) noexcept;
 
   /// Clears the delays of the channels in the mask.
@@ -95,10 +98,15 @@ class ZR_API CZrIIR {
   /// Takes over the delays of each section that exists in `other`; null does nothing.
   void SetDelayElementsFrom(const CZrIIR* other) noexcept;
 
+  /// Samples from one frame to the next, as Design was told.
   uint32_t getChannels() const noexcept { return channels_; }
+  /// Sections of the cascade.
   uint32_t getNumBiquads() const noexcept { return numBiquads_; }
+  /// The mask of the last run, 3 after a design.
   uint32_t getLastChannelMask() const noexcept { return lastChannelMask_; }
+  /// The factor on what goes into the first section.
   double getGain() const noexcept { return gain_; }
+  /// The factor on the input that is added to the result.
   double getDry() const noexcept { return dry_; }
   /// 0: the roots in the s plane (none for a resonator); 1: in the z plane. Null past 1.
   const tZRIIR_POLYNOMIAL* getPolynomial(uint32_t index) const noexcept;
@@ -109,9 +117,7 @@ class ZR_API CZrIIR {
   HRESULT DesignResonator(uint32_t type, double f1, double q) noexcept;
   HRESULT DesignPrototype(uint32_t type, uint32_t design, uint32_t order, double lower, double upper) noexcept;
   void Normalize(uint32_t type, double lower, double upper, double gainDb) noexcept;
-  void EnterChannels(uint32_t channelMask) noexcept;
-  template <typename Sample>
-  void Process(Sample* destination, const Sample* source, uint32_t frames, uint32_t channelMask) noexcept;
+  friend struct ZrIirRunner;
 
   uint32_t channels_;
   uint32_t lastChannelMask_;
@@ -155,10 +161,14 @@ static_assert(sizeof(tZRIIR_BANDPASS_COEFFS) == 48);
 
 // Each finder fills every field. Null pointers do nothing. [any thread]
 
+/// A shelf that lowers what lies below the frequency.
 ZR_API void ZrIIR_FindLowShelfCutCoeffs(tZRIIR_SHELF_COEFFS* coefficients, const tZRIIR_FIND_COEFFS* request) noexcept;
+/// A shelf that raises what lies below the frequency.
 ZR_API void ZrIIR_FindLowShelfBoostCoeffs(tZRIIR_SHELF_COEFFS* coefficients,
                                           const tZRIIR_FIND_COEFFS* request) noexcept;
+/// A shelf that lowers what lies above the frequency.
 ZR_API void ZrIIR_FindHiShelfCutCoeffs(tZRIIR_SHELF_COEFFS* coefficients, const tZRIIR_FIND_COEFFS* request) noexcept;
+/// A shelf that raises what lies above the frequency.
 ZR_API void ZrIIR_FindHiShelfBoostCoeffs(tZRIIR_SHELF_COEFFS* coefficients, const tZRIIR_FIND_COEFFS* request) noexcept;
 /// The frequency is held to 0.0003 .. 0.49; a gain of 0 dB gives a `fir` of 0.
 ZR_API void ZrIIR_FindBandPassCoeffs(tZRIIR_BANDPASS_COEFFS* coefficients, const tZRIIR_FIND_COEFFS* request) noexcept;

@@ -22,10 +22,9 @@
 
 #include "marlo110k/contract/hresult.h"
 #include "marlo110k/contract/wave.h"
+#include "marlo110k/contract/window.h"
 #include "marlo110k/export.h"
 #include "marlo110k/waveformat.h"
-
-struct ZrWindow;
 
 // ---- Envelopes -------------------------------------------------------------------------------------
 
@@ -293,4 +292,4 @@ ZR_API void LowLevel_1To1_StaticPan_Float(float* dest, const float* source, int6
 /// half a step. Takes a second or so and allocates its buffers.
 /// @param window parent of a message box that tells of a failure; null: no box.
 /// @return S_OK, E_UNEXPECTED (with a details line) on a mismatch, E_OUTOFMEMORY.
-ZR_API HRESULT ZrAudioCopy_UnitTest(ZrWindow* window) noexcept;
+ZR_API HRESULT ZrAudioCopy_UnitTest(HZRWINDOW window) noexcept;

@@ -37,6 +37,7 @@ enum ZRWAVEFORMAT_COPY_DEST : uint32_t {
   ZRWFCOPY_WFEXT = 4,             ///< Extensible.
 };
 
+/// Flags of a format record.
 enum ZRWAVEFORMAT_FLAGS : uint32_t {
   ZRWF_COMPRESSED = 0x8,        ///< Tag, bits and extra fields are valid.
   ZRWF_FROM_EXTENSIBLE = 0x10,  ///< Made from a WAVEFORMATEXTENSIBLE.

@@ -99,21 +99,23 @@ HRESULT MixEx(FormatSide to, void* dest, FormatSide from, const void* source, in
   }
 }
 
-HRESULT SetGain(void* buffer, FormatSide format, int64_t frames, const double* gains) noexcept {
-  const int64_t samples = frames * format.channels;
+template <class Rule>
+void MultiplySamples(uint8_t* sample, int64_t samples, uint32_t channels, const double* gains) noexcept {
   uint32_t channel = 0;
-  const auto next = [&channel, format]() noexcept { channel = channel + 1 == format.channels ? 0 : channel + 1; };
-  if (format.sampleType == ZRSAMPLETYPE_FLOAT32) {
-    auto* values = static_cast<float*>(buffer);
-    for (int64_t n = 0; n < samples; ++n, next()) values[n] *= static_cast<float>(gains[channel]);
-    return S_OK;
+  for (int64_t n = 0; n < samples; ++n, sample += Rule::kBytes) {
+    Rule::Write(sample, Rule::Read(sample) * static_cast<typename Rule::Raw>(gains[channel]));
+    channel = channel + 1 == channels ? 0 : channel + 1;
   }
-  if (format.sampleType == ZRSAMPLETYPE_FLOAT64) {
-    auto* values = static_cast<double*>(buffer);
-    for (int64_t n = 0; n < samples; ++n, next()) values[n] *= gains[channel];
-    return S_OK;
-  }
-  return E_FAIL;
+}
+
+HRESULT SetGain(void* buffer, FormatSide format, int64_t frames, const double* gains) noexcept {
+  HRESULT result = E_FAIL;
+  VisitRule(RuleList<Float32Rule, Float64Rule>{}, format.sampleType, [&](auto rule) noexcept {
+    const int64_t samples = frames * format.channels;
+    MultiplySamples<decltype(rule)>(static_cast<uint8_t*>(buffer), samples, format.channels, gains);
+    result = S_OK;
+  });
+  return result;
 }
 
 }  // namespace

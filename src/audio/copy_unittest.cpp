@@ -4,10 +4,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <bit>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 #include "audio/copy.h"
 #include "audio/kernel_table.h"
@@ -21,15 +22,16 @@ namespace {
 constexpr int64_t kBlockValues = 65536;
 
 /// Adds `error` to each value. Half a step of a 24-bit type is one unit in the last place of a single close
-/// to 1.0, so the sum may round onto the tie or over it: it is drawn back to the side where it belongs.
-template <class Value>
+/// to 1.0, so the sum may round onto the tie or over it: then it is drawn back by one unit to the side where
+/// it belongs. No sum is 0, so a unit is one of the bit pattern, down or up with the sign.
+template <class Value, class Bits>
 void Disturb(Value* values, int64_t count, double error) noexcept {
   for (int64_t n = 0; n < count; ++n) {
-    const Value before = values[n];
-    const double tie = static_cast<double>(before) + error;
+    const double tie = static_cast<double>(values[n]) + error;
     auto moved = static_cast<Value>(tie);
     const bool reached = error > 0 ? static_cast<double>(moved) >= tie : static_cast<double>(moved) <= tie;
-    if (reached) moved = std::nextafter(moved, before);
+    const Bits unit = (moved > 0) == (error > 0) ? -1 : 1;
+    moved = std::bit_cast<Value>(std::bit_cast<Bits>(moved) + (reached ? unit : 0));
     values[n] = std::clamp(moved, Value{-1}, Value{1});
   }
 }
@@ -50,7 +52,9 @@ HRESULT CheckAllValues(const CopyCheck& check, Blocks& blocks) noexcept {
     }
     for (const double error : {kHalfStep, -kHalfStep}) {
       check.toFloat(blocks.floats, blocks.before, count, 1.0f);
-      Disturb(reinterpret_cast<typename FloatRule::Raw*>(blocks.floats), count, error);
+      using Value = typename FloatRule::Raw;
+      using Bits = std::conditional_t<sizeof(Value) == 4, int32_t, int64_t>;
+      Disturb<Value, Bits>(reinterpret_cast<Value*>(blocks.floats), count, error);
       check.toInteger(blocks.after, blocks.floats, count, 1.0f);
       if (std::memcmp(blocks.before, blocks.after, static_cast<size_t>(count * Rule::kBytes)) != 0) return E_UNEXPECTED;
     }
@@ -100,14 +104,14 @@ HRESULT RunCopyCheck(const CopyCheck& check) noexcept {
   return result;
 }
 
-void ReportCopyCheckFailure(HRESULT code, int32_t node, ZrWindow* window) noexcept {
+void ReportCopyCheckFailure(HRESULT code, int32_t node, HZRWINDOW window) noexcept {
   ZrErrorHandler_DetailsAddString(code, u"ZrAudioCopy_UnitTest node[%d] failed.", node);
   if (window) ZrMessageBox(window, u"INTERNAL: AudioCopy unit test failed!", nullptr, ZRMB_OK | ZRMB_ICONHAND);
 }
 
 }  // namespace marlo
 
-HRESULT ZrAudioCopy_UnitTest(ZrWindow* window) noexcept {
+HRESULT ZrAudioCopy_UnitTest(HZRWINDOW window) noexcept {
   using namespace marlo;
   constexpr int32_t kPairs = static_cast<int32_t>(kCheckedTypes.size() * kFloatTypes.size());
   constexpr int32_t kSse2Pairs = 3;

@@ -22,6 +22,6 @@ struct CopyCheck {
 HRESULT RunCopyCheck(const CopyCheck& check) noexcept;
 
 /// Tells of a failed check, which has the number `node`: a line of details and, with a window, a message.
-void ReportCopyCheckFailure(HRESULT code, int32_t node, ZrWindow* window) noexcept;
+void ReportCopyCheckFailure(HRESULT code, int32_t node, HZRWINDOW window) noexcept;
 
 }  // namespace marlo

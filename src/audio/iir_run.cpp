@@ -97,40 +97,44 @@ void RunPairs(tZRIIR_BIQUAD* biquads, uint32_t count, double gain, double dry, S
 
 }  // namespace
 
-void CZrIIR::EnterChannels(uint32_t channelMask) noexcept {
-  const uint32_t entering = channelMask & ~lastChannelMask_;
-  if (entering != 0) Reset(entering);
-  lastChannelMask_ = channelMask;
-}
-
-template <typename Sample>
-void CZrIIR::Process(Sample* destination, const Sample* source, uint32_t frames, uint32_t channelMask) noexcept {
-  if (channelMask == 0) channelMask = 3;
-  if (channelMask != lastChannelMask_) EnterChannels(channelMask);
-  if (useSse2_ != 0 && (channelMask & 3) == 3) {
-    RunPairs(biquads_, numBiquads_, gain_, dry_, destination, source, frames);
-    return;
+/// The run of both sample widths.
+struct ZrIirRunner {
+  static void EnterChannels(CZrIIR& filter, uint32_t channelMask) {
+    const uint32_t entering = channelMask & ~filter.lastChannelMask_;
+    if (entering != 0) filter.Reset(entering);
+    filter.lastChannelMask_ = channelMask;
   }
-  // A filter that was never designed knows no layout; it takes the buffer as mono and silences it.
-  const uint32_t stride = std::max<uint32_t>(channels_, 1);
-  const uint32_t filtered = std::min<uint32_t>(stride, 2);
-  for (uint32_t channel = 0; channel < filtered; ++channel) {
-    if ((channelMask >> channel & 1) == 0) continue;
-    for (uint32_t frame = 0; frame < frames; ++frame) {
-      const size_t sample = static_cast<size_t>(frame) * stride + channel;
-      const double input = source[sample];
-      destination[sample] =
-          static_cast<Sample>(RunSections(biquads_, numBiquads_, channel, input * gain_) + dry_ * input);
+
+  template <typename Sample>
+  static void Process(CZrIIR& filter, Sample* destination, const Sample* source, uint32_t frames,
+                      uint32_t channelMask) {
+    if (channelMask == 0) channelMask = 3;
+    if (channelMask != filter.lastChannelMask_) EnterChannels(filter, channelMask);
+    if (filter.useSse2_ != 0 && (channelMask & 3) == 3) {
+      RunPairs(filter.biquads_, filter.numBiquads_, filter.gain_, filter.dry_, destination, source, frames);
+      return;
+    }
+    // A filter that was never designed knows no layout; it takes the buffer as mono and silences it.
+    const uint32_t stride = std::max<uint32_t>(filter.channels_, 1);
+    const uint32_t filtered = std::min<uint32_t>(stride, 2);
+    for (uint32_t channel = 0; channel < filtered; ++channel) {
+      if ((channelMask >> channel & 1) == 0) continue;
+      for (uint32_t frame = 0; frame < frames; ++frame) {
+        const size_t sample = static_cast<size_t>(frame) * stride + channel;
+        const double input = source[sample];
+        const double output = RunSections(filter.biquads_, filter.numBiquads_, channel, input * filter.gain_);
+        destination[sample] = static_cast<Sample>(output + filter.dry_ * input);
+      }
     }
   }
-}
+};
 
 void CZrIIR::ProcessFloat(float* destination, const float* source, uint32_t frames, uint32_t channelMask) noexcept {
-  Process(destination, source, frames, channelMask);
+  ZrIirRunner::Process(*this, destination, source, frames, channelMask);
 }
 
 void CZrIIR::ProcessDouble(double* destination, const double* source, uint32_t frames, uint32_t channelMask) noexcept {
-  Process(destination, source, frames, channelMask);
+  ZrIirRunner::Process(*this, destination, source, frames, channelMask);
 }
 
 void CZrIIR::Reset(uint32_t channelMask) noexcept {

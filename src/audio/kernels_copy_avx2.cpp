@@ -140,9 +140,7 @@ __attribute__((noinline)) MARLO_AVX2 void Pcm16FromFloat32Groups(uint8_t* dest, 
   const int64_t misaligned = static_cast<int64_t>((0 - reinterpret_cast<uintptr_t>(source)) & 15) / 4;
   const int64_t head = misaligned < samples ? misaligned : samples;
   const int64_t groupsEnd = head + ((samples - head) & ~int64_t{3});
-  const auto* end = source + samples * 4;
-  const float scale = static_cast<float>(static_cast<double>(gain) * 32768.0);
-  const __m256 scales = _mm256_set1_ps(scale);
+  const __m256 scales = _mm256_set1_ps(static_cast<float>(static_cast<double>(gain) * 32768.0));
   const bool unity = gain == 1.0f;
   if (unity) {
     CopyRest<Pcm16Rule, Float32Rule, true>(dest, source, head, gain);
@@ -161,7 +159,7 @@ __attribute__((noinline)) MARLO_AVX2 void Pcm16FromFloat32Groups(uint8_t* dest, 
     const __m128i rounded = _mm_cvtps_epi32(_mm_mul_ps(four, _mm256_castps256_ps128(scales)));
     StoreQuarter(dest + n * 2, _mm_packs_epi32(rounded, rounded));
   }
-  const int64_t rest = (end - (source + n * 4)) / 4;
+  const int64_t rest = samples - n;
   if (unity) {
     CopyRest<Pcm16Rule, Float32Rule, true>(dest + n * 2, source + n * 4, rest, gain);
   } else {

@@ -11,22 +11,28 @@ namespace {
 // The loops that run under a control word of their own stay out of line: the compiler doesn't know that a
 // change of the word orders floating-point operations.
 
+int64_t Misalignment(const uint8_t* bytes) noexcept {
+  return static_cast<int64_t>(reinterpret_cast<uintptr_t>(bytes) & 15);
+}
+
 /// Scalar samples up to 16-byte alignment of the source, groups of four, scalar samples to the end. A group
 /// multiplies in single, converts and saturates: a scaled magnitude of 2^31 or more gives -32768 for either
 /// sign there, where the scalar samples clamp.
-__attribute__((noinline)) void Pcm16FromFloat32Groups(int16_t* dest, const float* source, int64_t samples,
+__attribute__((noinline)) void Pcm16FromFloat32Groups(uint8_t* dest, const uint8_t* source, int64_t samples,
                                                       float gain) noexcept {
-  const auto scalar = [gain](const float* from) noexcept {
-    return static_cast<int16_t>(gain == 1.0f ? ConvertAtUnity<Pcm16Rule, Float32Rule>(*from)
-                                             : ConvertWithGain<Pcm16Rule, Float32Rule>(*from, gain));
+  const auto scalar = [gain](uint8_t* to, const uint8_t* from) noexcept {
+    const float raw = Float32Rule::Read(from);
+    Pcm16Rule::Write(to, gain == 1.0f ? ConvertAtUnity<Pcm16Rule, Float32Rule>(raw)
+                                      : ConvertWithGain<Pcm16Rule, Float32Rule>(raw, gain));
   };
-  for (; samples > 0 && (reinterpret_cast<uintptr_t>(source) & 15) != 0; --samples) *dest++ = scalar(source++);
+  for (; samples > 0 && Misalignment(source) != 0; --samples, dest += 2, source += 4) scalar(dest, source);
   const __m128 scale = _mm_set1_ps(static_cast<float>(static_cast<double>(gain) * 32768.0));
-  for (; samples >= 4; samples -= 4, dest += 4, source += 4) {
-    const __m128i rounded = _mm_cvtps_epi32(_mm_mul_ps(_mm_load_ps(source), scale));
+  for (; samples >= 4; samples -= 4, dest += 8, source += 16) {
+    const __m128 four = _mm_castsi128_ps(_mm_load_si128(reinterpret_cast<const __m128i*>(source)));
+    const __m128i rounded = _mm_cvtps_epi32(_mm_mul_ps(four, scale));
     _mm_storel_epi64(reinterpret_cast<__m128i*>(dest), _mm_packs_epi32(rounded, rounded));
   }
-  for (; samples > 0; --samples) *dest++ = scalar(source++);
+  for (; samples > 0; --samples, dest += 2, source += 4) scalar(dest, source);
 }
 
 void Pcm16FromFloat32Sse2(void* dest, const void* source, int64_t samples, float gain) noexcept {
@@ -35,33 +41,35 @@ void Pcm16FromFloat32Sse2(void* dest, const void* source, int64_t samples, float
     return;
   }
   const plat::FloatStateGuard state(FloatKernelState());
-  Pcm16FromFloat32Groups(static_cast<int16_t*>(dest), static_cast<const float*>(source), samples, gain);
+  Pcm16FromFloat32Groups(static_cast<uint8_t*>(dest), static_cast<const uint8_t*>(source), samples, gain);
 }
 
 /// Scalar samples up to 16-byte alignment of the destination, groups of four, scalar samples to the end,
 /// all with gain times 2^-15 as one single factor.
-__attribute__((noinline)) void Float32FromPcm16Groups(float* dest, const int16_t* source, int64_t samples,
+__attribute__((noinline)) void Float32FromPcm16Groups(uint8_t* dest, const uint8_t* source, int64_t samples,
                                                       float gain) noexcept {
   const float factor = static_cast<float>(static_cast<double>(gain) * Pcm16Rule::kReadFactor);
-  const auto scalar = [factor](const int16_t* from) noexcept { return static_cast<float>(*from) * factor; };
-  for (; samples > 0 && (reinterpret_cast<uintptr_t>(dest) & 15) != 0; --samples) *dest++ = scalar(source++);
+  const auto scalar = [factor](uint8_t* to, const uint8_t* from) noexcept {
+    Float32Rule::Write(to, static_cast<float>(Pcm16Rule::Read(from)) * factor);
+  };
+  for (; samples > 0 && Misalignment(dest) != 0; --samples, dest += 4, source += 2) scalar(dest, source);
   const __m128 factors = _mm_set1_ps(factor);
-  for (; samples >= 4; samples -= 4, dest += 4, source += 4) {
+  for (; samples >= 4; samples -= 4, dest += 16, source += 8) {
     const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(source));
     const __m128i raw = _mm_srai_epi32(_mm_unpacklo_epi16(words, words), 16);
-    _mm_store_ps(dest, _mm_mul_ps(_mm_cvtepi32_ps(raw), factors));
+    const __m128 values = _mm_mul_ps(_mm_cvtepi32_ps(raw), factors);
+    _mm_store_si128(reinterpret_cast<__m128i*>(dest), _mm_castps_si128(values));
   }
-  for (; samples > 0; --samples) *dest++ = scalar(source++);
+  for (; samples > 0; --samples, dest += 4, source += 2) scalar(dest, source);
 }
 
 void Float32FromPcm16Sse2(void* dest, const void* source, int64_t samples, float gain) noexcept {
-  const bool aligned = (reinterpret_cast<uintptr_t>(dest) & 3) == 0 && (reinterpret_cast<uintptr_t>(source) & 1) == 0;
-  if (dest == source || !aligned) {
+  if (dest == source) {
     CopyMemberPlain(ZRSAMPLETYPE_FLOAT32, ZRSAMPLETYPE_PCM16)(dest, source, samples, gain);
     return;
   }
   const plat::FloatStateGuard state(FloatKernelState());
-  Float32FromPcm16Groups(static_cast<float*>(dest), static_cast<const int16_t*>(source), samples, gain);
+  Float32FromPcm16Groups(static_cast<uint8_t*>(dest), static_cast<const uint8_t*>(source), samples, gain);
 }
 
 /// Two samples an instruction at gain 1.0, from the last to the first.
@@ -74,7 +82,7 @@ void Float64FromFloat32Sse2(void* dest, const void* source, int64_t samples, flo
   plain(to + pairs * 8, from + pairs * 4, samples - pairs, gain);
   for (int64_t n = pairs - 2; n >= 0; n -= 2) {
     const __m128 two = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + n * 4)));
-    _mm_storeu_pd(reinterpret_cast<double*>(to + n * 8), _mm_cvtps_pd(two));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + n * 8), _mm_castpd_si128(_mm_cvtps_pd(two)));
   }
 }
 
@@ -86,7 +94,7 @@ void Float32FromFloat64Sse2(void* dest, const void* source, int64_t samples, flo
   const auto* from = static_cast<const uint8_t*>(source);
   int64_t n = 0;
   for (; n + 2 <= samples; n += 2) {
-    const __m128 two = _mm_cvtpd_ps(_mm_loadu_pd(reinterpret_cast<const double*>(from + n * 8)));
+    const __m128 two = _mm_cvtpd_ps(_mm_castsi128_pd(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from + n * 8))));
     _mm_storel_epi64(reinterpret_cast<__m128i*>(to + n * 4), _mm_castps_si128(two));
   }
   plain(to + n * 4, from + n * 8, samples - n, gain);

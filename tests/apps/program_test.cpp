@@ -98,6 +98,9 @@ TEST(Program, OutputsThatAreNoPlainFilesAreRefused) {
   EXPECT_EQ(RunHost({"convert", folder / "a.wav", folder / "link.wav"}).exitCode, 0);
   EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.wav"));
   EXPECT_EQ(ReadFileBytes(folder / "target.wav").size(), 56u);
+  // The library finds names without regard to case, but a file of another name isn't overwritten.
+  EXPECT_EQ(RunHost({"convert", folder / "a.wav", folder / "TARGET.wav"}).exitCode, 1);
+  EXPECT_EQ(RunHost({"convert", folder / "link.wav", folder / "A.wav"}).exitCode, 1);
 }
 
 TEST(Program, FullDiskIsAFailureWithItsCode) {

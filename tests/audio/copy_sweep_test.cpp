@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every value of the 24-bit types through every pair. Runs with MARLO_NIGHTLY=1, else says that it doesn't.
+// The values of the 24-bit types through every pair: all of them with MARLO_NIGHTLY=1, else a part of each range.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -15,14 +15,18 @@ namespace {
 class Sweep24 : public testing::TestWithParam<uint32_t> {};
 
 TEST_P(Sweep24, EveryValueIntoEveryType) {
-  if (std::getenv("MARLO_NIGHTLY") == nullptr) GTEST_SKIP() << "set MARLO_NIGHTLY=1 to run the sweep";
   const ProcessorScope scope;
   const uint32_t source = GetParam();
   const auto sourceBytes = static_cast<size_t>(LayoutOf(source).bytes);
-  constexpr int64_t kBlock = 1 << 16;
+  constexpr int64_t kBlock = 1 << 12;
+  // By day one block in 63, and always the first and the last.
+  const int64_t stride = std::getenv("MARLO_NIGHTLY") == nullptr ? 63 : 1;
   std::vector<uint8_t> samples(kBlock * sourceBytes);
   std::vector<uint8_t> result(kBlock * 8);
-  for (int64_t first = LowOf(24); first <= HighOf(24); first += kBlock) {
+  const int64_t blocks = (HighOf(24) - LowOf(24) + 1) / kBlock;
+  for (int64_t block = 0; block < blocks; ++block) {
+    if (block % stride != 0 && block != blocks - 1) continue;
+    const int64_t first = LowOf(24) + block * kBlock;
     for (int64_t n = 0; n < kBlock; ++n) {
       PutRaw(source, samples.data() + static_cast<size_t>(n) * sourceBytes, first + n);
     }

@@ -2,6 +2,7 @@
 // Gain envelopes: what a description becomes in frames, and the gain of every frame against its closed form.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -228,11 +229,11 @@ TEST(MixRamp, EveryPairHasTheBitsOfTheRule) {
             Allow(members);
             const auto before = cooked;
             Guarded to(destBytes * (frames % 8), present.size());
-            if (samples != 0) std::memcpy(to.data(), present.data(), present.size());
+            std::copy(present.begin(), present.end(), to.data());
             marlo::MixRampMember(dest, source)(to.data(), addends.data(), static_cast<int64_t>(frames), channels,
                                                &cooked);
             ASSERT_TRUE(to.Untouched());
-            ASSERT_EQ(std::memcmp(to.data(), expected.data(), expected.size()), 0)
+            ASSERT_TRUE(std::equal(expected.begin(), expected.end(), to.data()))
                 << PairName(dest, source) << ' ' << NameOf(members) << " frames " << frames << " channels " << channels;
             ASSERT_EQ(std::memcmp(&before, &cooked, sizeof cooked), 0);
           }

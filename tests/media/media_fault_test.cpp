@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "marlo110k/iff.h"
@@ -12,49 +11,32 @@
 #include "marlo110k/riff64.h"
 #include "marlo110k/wavefile.h"
 #include "media/testing/image.h"
-#include "platform/sys/file_backend.h"
+#include "platform/sys/fault_file.h"
 
 using namespace media_testing;
 
 namespace {
 
-enum class Fault { kError, kShort };
-
-/// Passes through until its turn comes, then fails one read or write.
-class FaultyBackend final : public plat::FileBackend {
- public:
-  /// Puts itself between an open file and what stands behind it; lives as long as the file.
-  static FaultyBackend* Insert(plat::File* file, uint32_t turn, Fault fault) {
-    auto* faulty = new FaultyBackend(turn, fault);
-    faulty->real_.reset(plat::ExchangeBackend(file, faulty));
-    return faulty;
-  }
-
-  uint32_t ReadAt(uint64_t offset, void* buffer, uint32_t bytes, uint32_t* bytesRead) override {
-    if (!IsTurn()) return real_->ReadAt(offset, buffer, bytes, bytesRead);
-    *bytesRead = 0;
-    if (fault_ == Fault::kError) return 30;
-    return bytes == 0 ? 0 : real_->ReadAt(offset, buffer, bytes - 1, bytesRead);
-  }
-  uint32_t WriteAt(uint64_t offset, const void* data, uint32_t bytes, uint32_t* bytesWritten) override {
-    if (!IsTurn()) return real_->WriteAt(offset, data, bytes, bytesWritten);
-    *bytesWritten = 0;
-    if (fault_ == Fault::kShort && bytes > 0) real_->WriteAt(offset, data, bytes - 1, bytesWritten);
-    return 112;
-  }
-  uint32_t SetBytes(uint64_t bytes) override { return IsTurn() ? 112 : real_->SetBytes(bytes); }
-  uint32_t GetBytes(uint64_t* bytes) override { return real_->GetBytes(bytes); }
-  uint32_t Flush() override { return real_->Flush(); }
-  bool HasFailed() const { return turn_ == 0; }
-
- private:
-  FaultyBackend(uint32_t turn, Fault fault) : turn_(turn), fault_(fault) {}
-  bool IsTurn() { return turn_ != 0 && --turn_ == 0; }
-
-  std::unique_ptr<plat::FileBackend> real_;
-  uint32_t turn_;
-  Fault fault_;
+/// One way in which the reads or writes of a file go wrong, from a call on.
+struct Fault {
+  const char* name;
+  uint64_t plat::FileFaults::*at;
+  uint64_t firstCall;  ///< What the field counts from: the faulty call itself, or the calls before it.
+  uint64_t plat::FaultBackend::*calls;
 };
+constexpr Fault kFaults[] = {
+    {"read error", &plat::FileFaults::readErrorAtCall, 0, &plat::FaultBackend::reads},
+    {"write error", &plat::FileFaults::writeErrorAtCall, 0, &plat::FaultBackend::writes},
+    {"short reads", &plat::FileFaults::shortReadsAfterCalls, 1, &plat::FaultBackend::reads},
+    {"short writes", &plat::FileFaults::shortWritesAfterCalls, 1, &plat::FaultBackend::writes},
+};
+
+plat::FaultBackend* Install(plat::File* file, const Fault& fault, uint64_t call) {
+  plat::FileFaults faults;
+  faults.shortBytes = 0;
+  faults.*fault.at = call - fault.firstCall;
+  return plat::FaultBackend::Install(file, faults);
+}
 
 struct Row {
   const char* name;
@@ -179,29 +161,47 @@ TEST(MediaFaults, AreToldWhereverTheyHappen) {
   // The repair's search takes a failed read for a chunk that isn't there and scans on.
   const auto mayRecover = [](const Row& row) { return std::string(row.name).rfind("ZrFix", 0) == 0; };
   for (const Row& row : Rows()) {
-    for (const Fault fault : {Fault::kError, Fault::kShort}) {
+    uint64_t faults = 0;
+    for (const Fault& fault : kFaults) {
       bool hasFailed = true;
-      uint32_t turn = 1;
-      for (; hasFailed && turn < 100; ++turn) {
+      for (uint64_t call = 1; hasFailed; ++call) {
+        SCOPED_TRACE(std::string(row.name) + ", " + fault.name + " at " + std::to_string(call));
         const MemoryFile file(row.image);
-        const FaultyBackend* faulty = FaultyBackend::Insert(file, turn, fault);
+        const plat::FaultBackend* faulty = Install(file, fault, call);
         file.MoveTo(row.position);
         const HRESULT result = row.call(file);
-        hasFailed = faulty->HasFailed();
+        hasFailed = faulty->*fault.calls >= call;
+        if (hasFailed) ++faults;
         if (!hasFailed) {
-          EXPECT_EQ(result, S_OK) << row.name << " without a fault";
+          EXPECT_EQ(result, S_OK) << "without a fault";
         } else if (!mayRecover(row)) {
-          EXPECT_TRUE(FAILED(result)) << row.name << " at " << turn;
+          EXPECT_TRUE(FAILED(result));
         }
         if (row.restores) {
-          EXPECT_EQ(file.Position(), row.position) << row.name << " at " << turn;
+          EXPECT_EQ(file.Position(), row.position);
         }
+        ASSERT_LT(call, 100u);
       }
-      EXPECT_GT(turn, 2u) << row.name << " did nothing that could fail";
-      EXPECT_LT(turn, 100u) << row.name;
     }
+    EXPECT_GE(faults, 2u) << row.name << " did nothing that could fail";
   }
   displist_Free(DisplayList());
+}
+
+TEST(MediaFaults, OfTheLengthAreTold) {
+  for (const char* name : {"riff_DeleteChunk", "riff64_DeleteChunk", "iff_DeleteChunk", "ZrInsertWavHeader",
+                           "ZrInsertW64Header", "ZrFixTrashedWav", "ZrFixTrashedW64"}) {
+    for (const Row& row : Rows()) {
+      if (std::string(row.name) != name) continue;
+      const MemoryFile file(row.image);
+      plat::FileFaults faults;
+      faults.failSize = true;
+      plat::FaultBackend* faulty = plat::FaultBackend::Install(file, faults);
+      EXPECT_TRUE(FAILED(row.call(file))) << name;
+      faulty->faults.failSize = false;
+      EXPECT_EQ(file.Bytes(), row.image.Bytes()) << name;
+    }
+  }
 }
 
 TEST(MediaFaults, AFailedReadWritesNothing) {
@@ -209,8 +209,9 @@ TEST(MediaFaults, AFailedReadWritesNothing) {
     for (const Row& row : Rows()) {
       if (std::string(row.name) != name) continue;
       const MemoryFile file(row.image);
-      FaultyBackend::Insert(file, 1, Fault::kShort);
+      plat::FaultBackend* faulty = Install(file, kFaults[2], 1);
       EXPECT_EQ(row.call(file), ZR_E_FILE_READ);
+      faulty->faults = {};
       EXPECT_EQ(file.Bytes(), row.image.Bytes());
     }
   }

@@ -65,8 +65,8 @@ def note(found, scopes, statement):
     statement = re.sub(r"^(public|protected|private)\s*:\s*", "", statement)
     if "ZR_API" not in statement and not (member and scopes[-1][2]):
         return
-    if re.search(r"=\s*(0|default|delete)$", statement) or re.match(r"(using|typedef|friend|static_assert)\b", statement):
-        return
+    if re.search(r"=\s*(0|default|delete)$", statement) or re.match(r"(using|typedef|friend|static_assert|template)\b", statement):
+        return  # A template has no code of its own that could be exported.
     if re.match(r"(class|struct|union|enum)\b[^(]*$", statement):
         return
     name = function_name(statement)
@@ -133,6 +133,8 @@ struct ZR_API Record {
   bool operator==(const Record& other) const noexcept;
   int Inline() const { return 1; }
   Record() = default;
+  template <typename Sample>
+  void Run(Sample* samples) noexcept;
  private:
   static int32_t Count(const void* (*callback)(int32_t)) noexcept;
 };

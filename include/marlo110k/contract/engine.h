@@ -36,6 +36,7 @@ enum EMIXERTYPE : uint32_t {
   EMIXERTYPE_NONE = 7,  ///< No mixer is active.
 };
 
+/// How a mixer speaks to its audio devices.
 enum AUDIODRVMODEL : uint32_t {
   AUDIODRVMODEL_MAPPER = 0,
   AUDIODRVMODEL_CLASSIC = 1,

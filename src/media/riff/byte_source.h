@@ -63,8 +63,8 @@ class MemoryBytes {
   }
   /// A skip is held to the data and never fails: the read that follows tells.
   bool Skip(int64_t bytes) const noexcept {
-    const int64_t back = cursor_->base - cursor_->current;
-    cursor_->current += std::clamp<int64_t>(bytes, back, cursor_->dataEnd - cursor_->current);
+    const int64_t limit = bytes < 0 ? cursor_->base - cursor_->current : cursor_->dataEnd - cursor_->current;
+    cursor_->current += bytes < 0 ? std::max(bytes, limit) : std::min(bytes, limit);
     return true;
   }
   bool Seek(uint64_t position) const noexcept {

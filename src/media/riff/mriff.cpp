@@ -8,6 +8,20 @@
 
 using namespace marlo::riff;
 
+namespace {
+
+/// Runs a search over a copy of the cursor, which stays in registers since nothing else can see it, and moves the
+/// caller's to where it ended.
+template <class Search>
+HRESULT OnCopy(_tMRIFF* cursor, Search search) noexcept {
+  _tMRIFF copy = *cursor;
+  const HRESULT result = search(MemoryBytes(&copy));
+  cursor->current = copy.current;
+  return result;
+}
+
+}  // namespace
+
 HRESULT mriff_Init(_tMRIFF* cursor, void* block, uint32_t dataSize, uint32_t capacity) noexcept {
   if (cursor == nullptr) return E_POINTER;
   if (dataSize > capacity || (block == nullptr && capacity != 0)) return E_INVALIDARG;
@@ -136,7 +150,7 @@ HRESULT mriff_SeekDataStart(_tMRIFF* cursor) noexcept {
 
 HRESULT mriff_FindChunkHeader(_tMRIFF* cursor, uint32_t id, uint32_t* size, uint32_t* bound) noexcept {
   if (cursor == nullptr) return E_INVALIDARG;
-  return FindChunk<RiffFraming>(MemoryBytes(cursor), id, size, bound);
+  return OnCopy(cursor, [=](MemoryBytes bytes) { return FindChunk<RiffFraming>(bytes, id, size, bound); });
 }
 
 HRESULT mriff_FindChunkHeaderInRIFF(_tMRIFF* cursor, uint32_t id, uint32_t* size, uint32_t* bound) noexcept {
@@ -145,12 +159,12 @@ HRESULT mriff_FindChunkHeaderInRIFF(_tMRIFF* cursor, uint32_t id, uint32_t* size
   const HRESULT result = mriff_ReadFileID(cursor, nullptr, nullptr);
   if (FAILED(result)) return result;
   if (bound != nullptr) *bound -= RiffFraming::kFileHeaderBytes;
-  return FindChunk<RiffFraming>(MemoryBytes(cursor), id, size, bound);
+  return mriff_FindChunkHeader(cursor, id, size, bound);
 }
 
 HRESULT mriff_FindListChunk(_tMRIFF* cursor, uint32_t listType, uint32_t* size, uint32_t* bound) noexcept {
   if (cursor == nullptr) return E_INVALIDARG;
-  return FindList<RiffFraming>(MemoryBytes(cursor), listType, size, bound);
+  return OnCopy(cursor, [=](MemoryBytes bytes) { return FindList<RiffFraming>(bytes, listType, size, bound); });
 }
 
 HRESULT mriff_FindListChunkFromStart(_tMRIFF* cursor, uint32_t listType, uint32_t* size) noexcept {
@@ -163,7 +177,7 @@ HRESULT mriff_FindListChunkFromStart(_tMRIFF* cursor, uint32_t listType, uint32_
 
 HRESULT mriff_GetNumListEntries(_tMRIFF* cursor, uint32_t* count, uint32_t* bound) noexcept {
   if (cursor == nullptr) return E_INVALIDARG;
-  return CountEntries<RiffFraming>(MemoryBytes(cursor), count, bound);
+  return OnCopy(cursor, [=](MemoryBytes bytes) { return CountEntries<RiffFraming>(bytes, count, bound); });
 }
 
 HRESULT mriff_GetInfoString(_tMRIFF* cursor, uint32_t id, void* buffer, uint32_t bufferSize, uint32_t* bound) noexcept {

@@ -23,10 +23,11 @@ class Thread {
   uint32_t (*function)(void*) = nullptr;
   void* argument = nullptr;
   int32_t priority = kPriorityDefault;
-  char name[16] = {};  ///< The system keeps no more than 15 characters.
+  char name[16] = {};           ///< The system keeps no more than 15 characters.
+  Waitable* started = nullptr;  ///< Set once `id` is known.
   Waitable* ended = nullptr;
   uint32_t exitCode = 0;
-  std::atomic<uint32_t> id{0};  ///< 0 until the thread runs.
+  uint32_t id = 0;
   pthread_t handle{};
   pthread_mutex_t joinLock = PTHREAD_MUTEX_INITIALIZER;
   bool joined = false;  ///< Guarded by joinLock.
@@ -42,6 +43,7 @@ thread_local uint32_t currentThreadId = 0;
 
 void GiveBack(Thread* thread) {
   if (thread->owners.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  CloseWaitable(thread->started);
   CloseWaitable(thread->ended);
   pthread_mutex_destroy(&thread->joinLock);
   delete thread;
@@ -51,8 +53,8 @@ void* Run(void* argument) {
   Thread* thread = static_cast<Thread*>(argument);
   // A new thread inherits its creator's control word, flush-to-zero included.
   SetFloatState(kCleanFloatState);
-  thread->id.store(CurrentThreadId(), std::memory_order_release);
-  thread->id.notify_all();
+  thread->id = CurrentThreadId();
+  SetEvent(thread->started);
   if (thread->name[0] != 0) pthread_setname_np(pthread_self(), thread->name);
   SetCurrentPriority(thread->priority);
   thread->exitCode = thread->function(thread->argument);
@@ -77,8 +79,10 @@ Thread* StartThread(uint32_t (*function)(void*), void* argument, int32_t priorit
   thread->argument = argument;
   thread->priority = priority;
   if (name != nullptr) std::snprintf(thread->name, sizeof thread->name, "%.15s", name);
+  thread->started = CreateEvent(true, false);
   thread->ended = CreateEvent(true, false);
-  if (thread->ended == nullptr || pthread_create(&thread->handle, nullptr, Run, thread) != 0) {
+  const bool ready = thread->started != nullptr && thread->ended != nullptr;
+  if (!ready || pthread_create(&thread->handle, nullptr, Run, thread) != 0) {
     thread->owners.store(1, std::memory_order_relaxed);
     GiveBack(thread);
     return nullptr;
@@ -109,8 +113,8 @@ void CloseThread(Thread* thread) noexcept {
 
 uint32_t ThreadIdOf(const Thread* thread) noexcept {
   if (thread == nullptr) return 0;
-  thread->id.wait(0, std::memory_order_acquire);
-  return thread->id.load(std::memory_order_acquire);
+  WaitOne(thread->started, kInfinite);
+  return thread->id;
 }
 
 uint32_t CurrentThreadId() noexcept {

@@ -1,0 +1,33 @@
+# SPDX-License-Identifier: Apache-2.0
+# Compiled resources inside an ELF object: section ".marlo_rsrc" holds the bytes of the compiled file, where the
+# library's resource reader finds them by the section's name, also in a stripped file that isn't loaded.
+
+find_program(MARLO_RESOURCE_COMPILER NAMES llvm-rc-14 llvm-rc-16 llvm-rc-15 llvm-rc REQUIRED
+             DOC "Resource compiler (package llvm-14)")
+
+# marlo_add_resources(TARGET SCRIPT): compiles SCRIPT and embeds it in TARGET. The script is UTF-8 and isn't
+# preprocessed: numbers instead of names, non-ASCII text in L"" strings only.
+function(marlo_add_resources target script)
+  get_filename_component(script ${script} ABSOLUTE)
+  get_filename_component(name ${script} NAME_WE)
+  set(compiled ${CMAKE_CURRENT_BINARY_DIR}/${name}.res)
+  set(assembly ${CMAKE_CURRENT_BINARY_DIR}/${name}_resources.S)
+  add_custom_command(
+    OUTPUT ${compiled}
+    COMMAND ${MARLO_RESOURCE_COMPILER} /no-preprocess /C 65001 /FO ${compiled} ${script}
+    DEPENDS ${script}
+    COMMENT "Resources ${name}"
+    VERBATIM)
+  file(CONFIGURE OUTPUT ${assembly} @ONLY CONTENT [[
+// Embeds a compiled resource file.
+  .section .marlo_rsrc,"a",@progbits
+  .balign 4
+  .incbin "@compiled@"
+  .section .note.GNU-stack,"",@progbits
+]])
+  # A target of its own carries the command, since TARGET may be made in another folder.
+  add_custom_target(${target}_${name}_resources DEPENDS ${compiled})
+  add_dependencies(${target} ${target}_${name}_resources)
+  set_source_files_properties(${assembly} TARGET_DIRECTORY ${target} PROPERTIES OBJECT_DEPENDS ${compiled})
+  target_sources(${target} PRIVATE ${assembly})
+endfunction()

@@ -34,6 +34,7 @@ class ZR_API CLog {
   CLog() noexcept;
   /// Takes over paths and settings, but not the open file: the copy writes after an Init of its own.
   CLog(const CLog& other) noexcept;
+  /// The same for a log that is there: its own file is closed first.
   CLog& operator=(const CLog& other) noexcept;
   ~CLog();
   /// Closes the log and ends the object, in the place of a virtual destructor. @param flags 1 frees its memory, as of

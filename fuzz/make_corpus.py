@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Writes the seed files of the media fuzz targets below fuzz/corpus/. The numbers that a target takes from the end
-of its input stand behind each image."""
+"""Writes the seed files of the fuzz targets below fuzz/corpus/. The numbers that a media target takes from the end
+of its input stand behind each image; a format stands behind the two bytes of its buffer's size."""
 import pathlib
 import struct
 
@@ -90,3 +90,12 @@ save("wave_repair", "short_format", riff(b"WAVE", chunk(b"fmt ", fmt(1, 2, 44100
      + words(3))
 save("wave_repair", "wave64", b"\xdd" * 64 + WAVE64[64:] + words(3))
 save("wave_repair", "limit", b"\xdd" * 200 + words(104))
+
+for name, size, text in (
+        ("escapes", 200, "$$ %% $% 100%"), ("token", 200, "$(AppName)$(SMPTE.Label.Drop)$(Nobody)$(Open"),
+        ("separators", 200, "$*$,$:$!:$!.$!,$&:$&.%!x"), ("numbers", 200, "$(1234567.5)$(-1,0)$(.5)$(12"),
+        ("integers", 200, "%d %-08d %+.5i %#x %I64u %hhd $9d $I64d"), ("reals", 200, "%f %.3e %#g $f $g %300.200f"),
+        ("fixed", 200, "%.2z $.3z %z %.99999z"), ("texts", 200, "%s|%5.2s|%hs|%c|%lc|%2000s"),
+        ("cut", 12, "ab%s$(SMPTE.Label.Drop)%d"), ("junk", 90, "%5$-+d%y#0.%.%d%99999999999999999999d"),
+        ("inserts", 90, "%1 %2!5d! %99!x! %n%0"), ("unended", 90, "$-+ #0123.456")):
+    save("printf_format", name, struct.pack("<H", size) + text.encode("utf-16-le"))

@@ -45,6 +45,7 @@ packages_docs=(
 # Peers that the benchmarks are measured against.
 packages_bench=(
   libbenchmark-dev
+  libfmt-dev
   libsdl2-dev
   libsndfile1-dev
   libsoxr-dev

@@ -3,6 +3,7 @@
 // No include guard: whoever includes it defines MARLO_COMMAND for what each line is to become.
 
 MARLO_COMMAND(Convert)
+MARLO_COMMAND(Error)
 MARLO_COMMAND(Info)
 MARLO_COMMAND(Level)
 MARLO_COMMAND(Mix)

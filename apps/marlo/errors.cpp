@@ -1,40 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// The sentences of result codes, and the failures that the platform's error numbers stand for.
+// The library's own texts of result codes, and the failures that the platform's error numbers stand for.
 #include "errors.h"
 
+#include <algorithm>
 #include <cstdio>
 
+#include "marlo110k/errors.h"
 #include "marlo110k/platform/file.h"
+#include "marlo110k/printf.h"
+#include "unicode.h"
 
 namespace host {
 namespace {
-
-struct Sentence {
-  HRESULT code;
-  const char* text;
-};
-
-constexpr Sentence kSentences[] = {
-    {E_NOTIMPL, "The library has no conversion for these sample types."},
-    {E_FAIL, "The operation failed."},
-    {E_OUTOFMEMORY, "There isn't enough memory."},
-    {E_INVALIDARG, "The library refused an argument."},
-    {ZR_E_UNSUPPORTED_MEDIA, "The audio format isn't supported."},
-    {ZR_E_DISK_FULL, "The disk is full."},
-    {ZR_E_FILE_OPEN, "The file can't be opened."},
-    {ZR_E_FILE_READ, "The file can't be read, or ends too early."},
-    {ZR_E_FILE_WRITE, "The file can't be written."},
-    {ZR_E_NOT_FOUND, "A part of the file that is needed wasn't found."},
-    {ZR_E_UNKNOWN_FORMAT, "The file is no Wave, Wave64 or AIFF file."},
-    {ZR_E_CANCELLED, "Interrupted."},
-    {ZR_E_UNSUPPORTED_FILE, "The file holds no uncompressed samples of a known type."},
-    {ZR_E_FILE_EXISTS, "The file exists already."},
-    {ZR_E_FILE_TOO_LARGE, "The output is too large for its file format."},
-    {ZR_E_SHARING, "Another program uses the file."},
-    {ZR_E_NO_RIFF_HEADER, "The file doesn't begin as a sound file does."},
-    {ZR_E_EMPTY_CHUNK, "A chunk of the file is empty where it must not be."},
-    {ZR_E_BAD_STREAM, "The front of the file has a size that can't be right."},
-};
 
 struct Reason {
   uint32_t number;
@@ -51,10 +28,16 @@ constexpr Reason kOpenReasons[] = {
 }  // namespace
 
 std::string SentenceOf(HRESULT code) {
-  for (const Sentence& sentence : kSentences) {
-    if (sentence.code == code) return sentence.text;
-  }
-  return "The library reported an error.";
+  const char16_t* format = ZrErrorHandler_GetHresultString(code);
+  if (format == nullptr) return "The library reported an error.";
+  // The text is a format: it may name the program, and one names the file's type, which isn't known here.
+  char16_t text[1024];
+  ZrCchPrintF(text, std::size(text), nullptr, format, u"The");
+  std::string sentence = ToUtf8(text);
+  // Line feeds set it apart in a box; here it is one line among others.
+  sentence.erase(0, sentence.find_first_not_of('\n'));
+  std::replace(sentence.begin(), sentence.end(), '\n', ' ');
+  return sentence;
 }
 
 std::string CodeText(HRESULT code) {
@@ -65,7 +48,9 @@ std::string CodeText(HRESULT code) {
 
 Failure::Failure(HRESULT code, std::string subject, std::string sentence) : code_(code) {
   if (!subject.empty()) text_ = subject + ": ";
-  text_ += (sentence.empty() ? SentenceOf(code) : sentence) + " (" + CodeText(code) + ")";
+  text_ += SentenceOf(code);
+  if (!sentence.empty()) text_ += " " + sentence;
+  text_ += " (" + CodeText(code) + ")";
 }
 
 Failure OpenFailure(const std::string& path) {

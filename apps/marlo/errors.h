@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How the program fails: a wrong command line, or a result code about a file with one plain sentence.
+// How the program fails: a wrong command line, or a result code about a file with its text.
 #pragma once
 
 #include <exception>
@@ -19,7 +19,7 @@ class UsageError : public std::runtime_error {
 /// Something failed with a code. Ends the program with 1.
 class Failure : public std::exception {
  public:
-  /// @param subject the file it is about, or empty. @param sentence replaces the code's own when given.
+  /// @param subject the file it is about, or empty. @param sentence says more than the code's own text, behind it.
   Failure(HRESULT code, std::string subject, std::string sentence = {});
   HRESULT Code() const noexcept { return code_; }
   /// "subject: sentence (0x8004E007)".
@@ -40,7 +40,7 @@ Failure OpenFailure(const std::string& path);
 /// What a failed write to `path` means: a full disk has its own code.
 Failure WriteFailure(const std::string& path);
 
-/// The plain sentence of a code; a code without one gets a general sentence.
+/// The library's text of a code on one line; a code without one gets a general sentence.
 std::string SentenceOf(HRESULT code);
 /// "0x8004E007".
 std::string CodeText(HRESULT code);

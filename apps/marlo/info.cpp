@@ -8,6 +8,7 @@
 #include "command.h"
 #include "errors.h"
 #include "json_output.h"
+#include "marlo110k/formattext.h"
 #include "marlo110k/wavefile.h"
 #include "open_file.h"
 #include "size_plan.h"
@@ -69,6 +70,12 @@ FileReport Examine(const std::string& path) {
   return report;
 }
 
+/// "48,000 Hz, 16 Bit, Stereo, PCM", in the user's number form.
+std::string DescriptionOf(const _zrwaveformat& format) {
+  char16_t text[256];
+  return ToUtf8(ZrAudio_GetFormatText(&format, text, std::size(text), 0));
+}
+
 Json JsonOf(Container container, const std::vector<ChunkNode>& nodes) {
   Json list = Json::array();
   for (const ChunkNode& node : nodes) {
@@ -88,6 +95,7 @@ Json JsonOf(const std::string& path, const FileReport& report) {
   if (report.hasFormat) {
     const _zrwaveformat& format = report.format;
     document["type"] = NameOf(static_cast<ZRSAMPLETYPE>(format.sampleType));
+    document["description"] = DescriptionOf(format);
     document["rate"] = format.samplesPerSec;
     document["channels"] = format.channels;
     document["channel_mask"] = format.channelMask;
@@ -116,8 +124,7 @@ void Print(const std::string& path, const FileReport& report) {
   std::printf("%s: %s", path.c_str(), NameOf(report.form.container));
   if (report.hasFormat) {
     const _zrwaveformat& format = report.format;
-    std::printf(", %s, %u Hz, %u channel%s", NameOf(static_cast<ZRSAMPLETYPE>(format.sampleType)), format.samplesPerSec,
-                format.channels, format.channels == 1 ? "" : "s");
+    std::printf(", %s", DescriptionOf(format).c_str());
     if (format.channelMask != 0) std::printf(" (mask 0x%X)", format.channelMask);
     std::printf(", %lld frames, %.3f s", static_cast<long long>(report.frames),
                 static_cast<double>(report.frames) / format.samplesPerSec);

@@ -11,6 +11,7 @@
 #include "command.h"
 #include "errors.h"
 #include "interrupt.h"
+#include "marlo110k/printf.h"
 
 namespace host {
 
@@ -75,11 +76,12 @@ int Run(std::span<const std::string> words) {
 
 int main(int count, char** words) {
   host::CatchInterrupts();
+  ZrPrintF_AddToken(u"AppName", u"marlo");
   const std::vector<std::string> arguments(words + (count > 0 ? 1 : 0), words + count);
   const int code = host::Run(arguments);
   // Output that couldn't be written (a full disk behind stdout) must not look like success.
   if ((std::fflush(stdout) != 0 || std::ferror(stdout) != 0) && code == host::kFine) {
-    std::fprintf(stderr, "marlo: The output can't be written. (%s)\n", host::CodeText(ZR_E_FILE_WRITE).c_str());
+    std::fprintf(stderr, "marlo: %s\n", host::Failure(ZR_E_FILE_WRITE, "").what());
     return host::kFailed;
   }
   return code;

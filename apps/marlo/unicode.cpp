@@ -41,4 +41,23 @@ std::u16string ToUtf16(std::string_view text) {
   return result;
 }
 
+std::string ToUtf8(std::u16string_view text) {
+  std::string result;
+  for (size_t index = 0; index < text.size(); ++index) {
+    char32_t character = text[index];
+    if (character >= 0xD800 && character <= 0xDFFF) {
+      const bool paired = character < 0xDC00 && index + 1 < text.size() && (text[index + 1] & 0xFC00) == 0xDC00;
+      character = paired ? 0x10000 + ((character & 0x3FF) << 10) + (text[++index] & 0x3FFu) : 0xFFFD;
+    }
+    // The lead byte tells how many bytes of six bits follow.
+    const int following = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+    constexpr unsigned kLead[] = {0, 0xC0, 0xE0, 0xF0};
+    result.push_back(static_cast<char>(kLead[following] | character >> (6 * following)));
+    for (int left = following - 1; left >= 0; --left) {
+      result.push_back(static_cast<char>(0x80 | ((character >> (6 * left)) & 0x3F)));
+    }
+  }
+  return result;
+}
+
 }  // namespace host

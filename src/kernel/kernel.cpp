@@ -4,11 +4,12 @@
 
 #include <cstring>
 
-#include "kernel/format_detail.h"
+#include "kernel/file_name.h"
 #include "kernel/kernel_state.h"
 #include "kernel/startup.h"
 #include "kernel/system_facts.h"
 #include "marlo110k/errors.h"
+#include "marlo110k/printf.h"
 #include "platform/base/codepage.h"
 #include "platform/base/text.h"
 #include "platform/sys/file_backend.h"
@@ -20,14 +21,6 @@ namespace {
 constexpr auto kRelaxed = std::memory_order_relaxed;
 constexpr size_t kClientNameCharacters = 128;
 constexpr uint32_t kOldestMajorVersion = 4;
-
-const char16_t* FileNameOf(const char16_t* path) noexcept {
-  const char16_t* name = path;
-  for (; *path != 0; ++path) {
-    if (*path == u'/' || *path == u'\\') name = path + 1;
-  }
-  return name;
-}
 
 }  // namespace
 
@@ -49,8 +42,8 @@ bool ClientFits(const char* clientName, uint32_t clientVersion, uint32_t interfa
   char16_t name[kClientNameCharacters + 1];
   const size_t nameBytes = clientName != nullptr ? std::strlen(clientName) : 0;
   name[plat::FromAnsi(clientName, nameBytes, name, kClientNameCharacters)] = 0;
-  FormatDetail(message, characters,
-               u"The version of the Marlo Kernel is incompatible with the following client:\n\n%s.", name);
+  ZrCchPrintF(message, characters, nullptr,
+              u"The version of the Marlo Kernel is incompatible with the following client:\n\n%s.", name);
   return false;
 }
 

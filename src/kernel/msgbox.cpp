@@ -5,6 +5,7 @@
 #include <string>
 
 #include "kernel/msgbox_buttons.h"
+#include "kernel/msgbox_internal.h"
 #include "marlo110k/errors.h"
 #include "platform/base/text.h"
 #include "platform/sys/thread.h"
@@ -54,14 +55,25 @@ uint32_t AnswerWithDefaultButton(void* data, HZRWINDOW, const char16_t* text, co
   return ZRID_HOOKDECLINES;
 }
 
-/// Null picks the main window, kZrNoParent none.
+}  // namespace
+
 HZRWINDOW ResolveParent(HZRWINDOW parent) noexcept {
   if (parent == kZrNoParent) return nullptr;
   return parent != nullptr ? parent : state.mainWindow.load(std::memory_order_relaxed);
 }
 
-/// What is left of a box while no window system is attached.
-uint32_t WriteToErrorStream(const char16_t* text, const char16_t* title) noexcept {
+const char16_t* ApplicationTitle() noexcept { return state.title; }
+
+bool HasHook() noexcept { return state.hook.load(std::memory_order_relaxed) != nullptr; }
+
+bool AskHook(HZRWINDOW parent, const char16_t* text, const char16_t* title, uint32_t flags, uint32_t* answer) noexcept {
+  const ZRMSGBOXHOOK hook = state.hook.load(std::memory_order_acquire);
+  if (hook == nullptr) return false;
+  *answer = hook(state.hookData.load(std::memory_order_relaxed), parent, text, title, flags);
+  return *answer != ZRID_HOOKDECLINES;
+}
+
+void WriteToErrorStream(const char16_t* text, const char16_t* title) noexcept {
   try {
     const std::string message = plat::ToUtf8(text);
     const std::string heading = plat::ToUtf8(title);
@@ -69,10 +81,8 @@ uint32_t WriteToErrorStream(const char16_t* text, const char16_t* title) noexcep
   } catch (...) {
     std::fputs("A message could not be shown: the system is low on memory.\n", stderr);
   }
-  return ZRID_NOBOX;
 }
 
-}  // namespace
 }  // namespace marlo
 
 int32_t ZrMsgBoxSetAppData(plat::Module* instance, HZRWINDOW mainWindow, const char16_t* title) noexcept {
@@ -102,11 +112,8 @@ int32_t ZrMsgBoxSetNoUIHook(ZRMSGBOXNOUI callback) noexcept {
 }
 
 uint32_t ZrMessageBox(HZRWINDOW parent, const char16_t* text, const char16_t* title, uint32_t flags) noexcept {
-  using marlo::state;
-  const HZRWINDOW window = marlo::ResolveParent(parent);
-  if (const ZRMSGBOXHOOK hook = state.hook.load(std::memory_order_acquire)) {
-    const uint32_t answer = hook(state.hookData.load(std::memory_order_relaxed), window, text, title, flags);
-    if (answer != ZRID_HOOKDECLINES) return answer;
-  }
-  return marlo::WriteToErrorStream(text, title != nullptr ? title : state.title);
+  uint32_t answer = ZRID_NOBOX;
+  if (marlo::AskHook(marlo::ResolveParent(parent), text, title, flags, &answer)) return answer;
+  marlo::WriteToErrorStream(text, title != nullptr ? title : marlo::ApplicationTitle());
+  return ZRID_NOBOX;
 }

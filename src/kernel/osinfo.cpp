@@ -2,9 +2,9 @@
 // Answers what hosts ask about the system: its version, its name, its displays, and version resources of files.
 #include <atomic>
 
-#include "kernel/format_detail.h"
 #include "kernel/system_facts.h"
 #include "marlo110k/os.h"
+#include "marlo110k/printf.h"
 #include "platform/base/text.h"
 #include "platform/sys/versioninfo.h"
 
@@ -98,10 +98,11 @@ bool SystemName(const SystemVersion& version, char16_t* buffer, size_t capacity)
   const char16_t* bits = u"";
   if (version.major >= 5) bits = version.is64Bit ? u" (64-bit)" : u" (32-bit)";
   if (name == nullptr) {
-    FormatDetail(buffer, capacity, u"Unknown %u-%u.%u%s", version.platform, version.major, version.minor, bits);
+    ZrCchPrintF(buffer, static_cast<uint32_t>(capacity), nullptr, u"Unknown %u-%u.%u%s", version.platform,
+                version.major, version.minor, bits);
     return false;
   }
-  FormatDetail(buffer, capacity, u"%s%s", name, bits);
+  ZrCchPrintF(buffer, static_cast<uint32_t>(capacity), nullptr, u"%s%s", name, bits);
   return true;
 }
 
@@ -125,13 +126,13 @@ int32_t ZrGetOS(char16_t* buffer, uint32_t size) noexcept {
 }
 
 HRESULT ZrVersion_GetString(const char16_t* file, const char16_t* key, char16_t* buffer, uint32_t size) noexcept {
-  constexpr size_t kSubBlockCharacters = 128;
+  constexpr uint32_t kSubBlockCharacters = 128;
   if (file == nullptr || key == nullptr || buffer == nullptr || size == 0) return ZR_E_NOT_FOUND;
   uint16_t language = 0;
   uint16_t codePage = 0;
   if (!plat::VersionTranslation(file, &language, &codePage)) return ZR_E_NOT_FOUND;
   char16_t subBlock[kSubBlockCharacters];
-  marlo::FormatDetail(subBlock, kSubBlockCharacters, u"\\StringFileInfo\\%04X%04X\\%s", uint32_t{language},
-                      uint32_t{codePage}, key);
+  ZrCchPrintF(subBlock, kSubBlockCharacters, nullptr, u"\\StringFileInfo\\%04X%04X\\%s", uint32_t{language},
+              uint32_t{codePage}, key);
   return plat::VersionValue(file, subBlock, buffer, size) ? S_OK : ZR_E_NOT_FOUND;
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "kernel/cpu_detection.h"
+#include "kernel/internationals.h"
 #include "kernel/kernel_clock.h"
 #include "kernel/kernel_state.h"
 #include "kernel/system_facts.h"
@@ -103,7 +104,7 @@ bool CreateTokenList(const StageContext&) {
 }
 
 /// Runs only on a token list, since the conventions it loads are stored there.
-bool OpenLanguage(const StageContext& context) { return context.held && ServiceComesLater(context); }
+bool OpenLanguage(const StageContext& context) { return context.held && LoadInternationals(); }
 
 constexpr Stage kEarlyStages[] = {
     {"error mode", AddErrorMode},

@@ -40,6 +40,7 @@ int MakeUnnamedFile() {
 }  // namespace
 
 RunResult RunProgram(const std::vector<std::string>& words) {
+  setenv("LC_ALL", "C", 1);  // numbers and words as in the expected texts, whatever the user's locale
   std::vector<char*> arguments;
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);

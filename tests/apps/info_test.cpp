@@ -36,6 +36,7 @@ TEST(Info, FormatLengthAndChunksOfEveryKind) {
   json file = Info(folder / "a.wav");
   EXPECT_EQ(file["container"], "wave");
   EXPECT_EQ(file["type"], "pcm24");
+  EXPECT_EQ(file["description"], "96,000 Hz, 24 Bit, 2/2 (L, R, Ls, Rs), PCM");
   EXPECT_EQ(file["rate"], 96000);
   EXPECT_EQ(file["channels"], 4);
   EXPECT_EQ(file["channel_mask"], 0x33);
@@ -108,7 +109,7 @@ TEST(Info, OneBadFileDoesNotHideTheOthers) {
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_THAT(result.err, testing::AllOf(HasSubstr("text.wav"), HasSubstr("0x8004E00B"), HasSubstr("none.wav"),
                                          HasSubstr("0x8004E007")));
-  EXPECT_THAT(result.out, HasSubstr("good.wav: wave, pcm16, 48000 Hz, 1 channel, 5 frames"));
+  EXPECT_THAT(result.out, HasSubstr("good.wav: wave, 48,000 Hz, 16 Bit, Mono, PCM, 5 frames"));
 }
 
 TEST(Info, NamesOfHostileChunksStayPrintable) {

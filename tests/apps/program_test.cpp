@@ -60,8 +60,8 @@ TEST(Program, FailuresEndWithOneAndSayCodeAndReason) {
     const char* sentence;
   };
   for (const Row& row : {Row{"none.wav", "0x8004E007", "doesn't exist"},
-                         {"text.wav", "0x8004E00B", "no Wave, Wave64 or AIFF"},
-                         {"adpcm.wav", "0x8004E016", "no uncompressed samples"},
+                         {"text.wav", "0x8004E00B", "unknown format"},
+                         {"adpcm.wav", "0x8004E016", "unsupported format"},
                          {"cut.wav", "0x8004E008", "marlo repair"}}) {
     for (const std::vector<std::string>& words : {std::vector<std::string>{"level", folder / row.file},
                                                   {"convert", folder / row.file, folder / "out.wav"},
@@ -129,7 +129,7 @@ TEST(Program, InterruptedRunLeavesNothing) {
                                        "kill -TERM $child; wait $child",
                                        "-", MARLO_PROGRAM, folder / "."});
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.err, HasSubstr("Interrupted. (0x8004E00C)"));
+  EXPECT_THAT(result.err, HasSubstr("The operation was cancelled by the user. (0x8004E00C)"));
   EXPECT_THAT(folder.Names(), ElementsAre("long.w64"));
 }
 

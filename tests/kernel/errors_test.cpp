@@ -7,7 +7,6 @@
 #include <string>
 #include <thread>
 
-#include "kernel/format_detail.h"
 #include "platform/sys/thread.h"
 
 namespace {
@@ -116,25 +115,6 @@ TEST_F(DetailsTest, ALineThatReachesTheLimitIsRefused) {
   ZrErrorHandler_DetailsInit();
   // A formatted line is cut to the formatting buffer first and then doesn't fit either.
   EXPECT_EQ(E_FAIL, ZrErrorHandler_DetailsAddString(E_FAIL, u"%s%s", fits.c_str(), fits.c_str()));
-}
-
-TEST(FormatDetail, Conversions) {
-  char16_t buffer[64];
-  const auto format = [&](const char16_t* text, auto... arguments) {
-    const size_t characters = marlo::FormatDetail(buffer, 64, text, arguments...);
-    EXPECT_EQ(std::u16string(buffer).size(), characters);
-    return std::u16string(buffer);
-  };
-  EXPECT_EQ(u"-2147483648 4294967295 0", format(u"%d %u %d", INT32_MIN, 0xFFFFFFFFU, 0));
-  EXPECT_EQ(u"[   42][42   ][00042][-0042]", format(u"[%5d][%-5d][%05d][%05d]", 42, 42, 42, -42));
-  EXPECT_EQ(u"8004e00a 8004E00A 0x000000ff", format(u"%x %X 0x%08x", 0x8004E00AU, 0x8004E00AU, 255U));
-  EXPECT_EQ(u"[  ab][ab  ][abc][]",
-            format(u"[%4s][%-4s][%.3s][%s]", u"ab", u"ab", u"abcdef", static_cast<const char16_t*>(nullptr)));
-  EXPECT_EQ(u"x%y", format(u"%c%%%c", u'x', u'y'));
-  EXPECT_EQ(u"a%5q 7 $(AppName) %", format(u"a%5q %d $(AppName) %", 7)) << "unknown forms are copied";
-  EXPECT_EQ(3U, marlo::FormatDetail(buffer, 4, u"%s", u"abcdef"));
-  EXPECT_EQ(std::u16string(u"abc"), buffer);
-  EXPECT_EQ(3U, marlo::FormatDetail(buffer, 4, u"%999999999999d", 1));
 }
 
 }  // namespace

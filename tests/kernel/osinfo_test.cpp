@@ -7,6 +7,7 @@
 #include "kernel/system_facts.h"
 #include "marlo110k/kernel.h"
 #include "marlo110k/os.h"
+#include "platform/sys/module.h"
 
 namespace {
 
@@ -86,20 +87,33 @@ TEST(OsFacts, DisplayDepthIsCachedUntilAMessageComes) {
   ZrKernel_UserPrefChanges(nullptr, WM_DISPLAYCHANGE);
 }
 
-TEST(OsFacts, OwnVersionResource) {
-  // The test program carries the library's resource.
-  char16_t buffer[16];
-  EXPECT_EQ(S_OK, ZrVersion_GetString(u"/proc/self/exe", u"CompanyName", buffer, 16));
-  EXPECT_EQ(std::u16string(buffer), u"Orlu Works");
-  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(u"/proc/self/exe", u"NoSuchKey", buffer, 16));
+TEST(VersionResource, TheLibrarysOwn) {
+  const std::u16string self = plat::ModulePath(plat::ThisModule());
+  char16_t buffer[32];
+  const struct {
+    const char16_t* key;
+    const char16_t* value;
+  } kRows[] = {{u"CompanyName", u"Orlu Works"}, {u"ProductName", u"Marlo Pro"}, {u"FileVersion", u"11.0.0.701"}};
+  for (const auto& row : kRows) {
+    EXPECT_EQ(S_OK, ZrVersion_GetString(self.c_str(), row.key, buffer, 32));
+    EXPECT_EQ(std::u16string(row.value), buffer);
+  }
+  EXPECT_EQ(S_OK, ZrVersion_GetString(self.c_str(), u"CompanyName", buffer, 5));
+  EXPECT_EQ(std::u16string(u"Orlu"), buffer);
+  // A path inside the resource has 128 characters at most; what is cut off isn't found.
+  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(self.c_str(), std::u16string(500, u'k').c_str(), buffer, 32));
 }
 
-TEST(OsFacts, AFileWithoutAVersionResource) {
+TEST(VersionResource, MissingFilesKeysAndArguments) {
+  const std::u16string self = plat::ModulePath(plat::ThisModule());
   char16_t buffer[16];
-  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(u"/bin/sh", u"CompanyName", buffer, 16));
+  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(self.c_str(), u"NoSuchKey", buffer, 16));
+  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(u"/etc/passwd", u"CompanyName", buffer, 16));
   EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(u"/no/such/file", u"CompanyName", buffer, 16));
   EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(nullptr, u"CompanyName", buffer, 16));
-  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(u"/proc/self/exe", nullptr, buffer, 16));
+  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(self.c_str(), nullptr, buffer, 16));
+  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(self.c_str(), u"CompanyName", nullptr, 16));
+  EXPECT_EQ(ZR_E_NOT_FOUND, ZrVersion_GetString(self.c_str(), u"CompanyName", buffer, 0));
 }
 
 }  // namespace

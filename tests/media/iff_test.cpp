@@ -244,7 +244,7 @@ TEST(AiffFormat, IsReadByPath) {
   int64_t frames = 0, offset = 0;
   WAVEFORMATEX* format = ZrGetFileWfx(file.Path(), &frames, &offset);
   ASSERT_NE(format, nullptr);
-  EXPECT_EQ(format->wFormatTag, 0xFE02);
+  EXPECT_EQ(+format->wFormatTag, 0xFE02);
   EXPECT_EQ(frames, 6);
   EXPECT_EQ(offset, 54);
   std::free(format);
@@ -292,14 +292,14 @@ TEST(IffMarkers, ArePassedByTheirNames) {
   for (const Row& row : {Row{1, 100, 3, 29}, {2, 200, 4, 39}, {3, 0xFFFFFFFF, 0, 51}, {4, 400, 255, 59}}) {
     tIFFMARKER marker;
     EXPECT_EQ(iff_FindMarker(file, &marker, row.id), S_OK);
-    EXPECT_EQ(marker.id, row.id);
-    EXPECT_EQ(marker.position, row.position);
+    EXPECT_EQ(+marker.id, row.id);
+    EXPECT_EQ(+marker.position, row.position);
     EXPECT_EQ(marker.nameBytes, row.nameBytes);
     EXPECT_EQ(file.Position(), row.name);
   }
   tIFFMARKER marker = {9, 9, 9};
   EXPECT_EQ(iff_FindMarker(file, &marker, 5), ZR_E_NOT_FOUND);
-  EXPECT_EQ(marker.id, 9);
+  EXPECT_EQ(+marker.id, 9);
   const MemoryFile none(Form("AIFF", {}));
   EXPECT_EQ(iff_FindMarker(none, &marker, 5), ZR_E_NOT_FOUND);
 

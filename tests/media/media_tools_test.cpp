@@ -93,9 +93,9 @@ void ExpectRead(const std::string& path, uint16_t tag, uint16_t bits, uint16_t c
   WAVEFORMATEX* format = ZrGetFileWfx(Wide(path).c_str(), &frames, &dataOffset);
   ASSERT_NE(format, nullptr) << path;
   EXPECT_EQ(ZrAudio_GetWaveFormatTag(format), tag) << path;
-  EXPECT_EQ(format->wBitsPerSample, bits) << path;
-  EXPECT_EQ(format->nChannels, channels) << path;
-  EXPECT_EQ(format->nSamplesPerSec, rate) << path;
+  EXPECT_EQ(+format->wBitsPerSample, bits) << path;
+  EXPECT_EQ(+format->nChannels, channels) << path;
+  EXPECT_EQ(+format->nSamplesPerSec, rate) << path;
   EXPECT_EQ(frames, kFrames) << path;
   EXPECT_EQ(OurSamples(path, *format, frames, dataOffset), samples) << path;
   std::free(format);

@@ -250,7 +250,7 @@ TEST(MriffGetWfx, FailsInOrder) {
     uint32_t dataBytes = 77;
     EXPECT_EQ(mriff_GetWfx(&wfx, row.image.Data(), static_cast<uint32_t>(row.image.Size()), &dataBytes), row.result)
         << row.name;
-    EXPECT_EQ(wfx.nChannels, SUCCEEDED(row.result) ? 2 : 9) << row.name;
+    EXPECT_EQ(+wfx.nChannels, SUCCEEDED(row.result) ? 2 : 9) << row.name;
     EXPECT_EQ(dataBytes == 77, FAILED(row.result)) << row.name;
   }
   // Extra bytes that the header form lost aren't read from behind it, and a short body is cleared.
@@ -259,8 +259,8 @@ TEST(MriffGetWfx, FailsInOrder) {
   const Image tiny = image("WAVE", 4 + 10 + 48, Image().Chunk("fmt ", Image().U16(1)).Chunk("data", Image().Fill(40)));
   WAVEFORMATEX wfx = {9, 9, 9, 9, 9, 9, 9};
   EXPECT_EQ(mriff_GetWfx(&wfx, tiny.Data(), static_cast<uint32_t>(tiny.Size()), nullptr), S_OK);
-  EXPECT_EQ(wfx.wFormatTag, 1);
-  EXPECT_EQ(wfx.nChannels, 0);
+  EXPECT_EQ(+wfx.wFormatTag, 1);
+  EXPECT_EQ(+wfx.nChannels, 0);
   EXPECT_EQ(mriff_GetWfx(static_cast<WAVEFORMATEX*>(nullptr), tiny.Data(), 10, nullptr), E_INVALIDARG);
   EXPECT_EQ(mriff_GetWfx(&wfx, nullptr, 10, nullptr), E_INVALIDARG);
   EXPECT_EQ(mriff_GetWfx(&wfx, nullptr, 0, nullptr), ZR_E_NO_RIFF_HEADER);

@@ -97,8 +97,8 @@ TEST(GetFileWfx, MendsPcm) {
       const auto probe = Get(isW64 ? W64(row.format, Image().Ramp(24)) : Wav(row.format, Image().Ramp(24)));
       ASSERT_EQ(probe.has_value(), row.frames >= 0) << row.name;
       if (!probe) continue;
-      EXPECT_EQ(probe->format.wBitsPerSample, row.bits) << row.name;
-      EXPECT_EQ(probe->format.nBlockAlign, row.blockAlign) << row.name;
+      EXPECT_EQ(+probe->format.wBitsPerSample, row.bits) << row.name;
+      EXPECT_EQ(+probe->format.nBlockAlign, row.blockAlign) << row.name;
       EXPECT_EQ(probe->frames, row.frames) << row.name;
     }
   }
@@ -129,7 +129,7 @@ TEST(GetFileWfx, KeepsExtraBytesThatAreThere) {
   file.Write(Wav(Image().Format(1, 2, 44100, 16, 0xFFFF).Fill(3), Image().Ramp(16)));
   format = ZrGetFileWfx(file.Path(), nullptr, nullptr);
   ASSERT_NE(format, nullptr);
-  EXPECT_EQ(format->cbSize, 3);
+  EXPECT_EQ(+format->cbSize, 3);
   std::free(format);
 }
 

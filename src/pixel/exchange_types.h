@@ -15,6 +15,7 @@ namespace marlo::pixel {
 
 inline constexpr float kWordToFloat = 1.5259022e-5f;
 inline constexpr uint16_t kWordFull = 0xFFFF;
+inline constexpr double kHalfUp = 0.5;  ///< Before truncation: half and more go up.
 
 template <typename T>
 T LoadAs(const uint8_t* at) noexcept {
@@ -48,7 +49,7 @@ inline uint16_t WordOfFloat(float source, const tZRDIBXCHGPARAMS& exchange) noex
   const float value = SourceFloat(source, exchange);
   if (!(value >= 0.0f)) return 0;
   if (value > 1.0f) return kWordFull;
-  return static_cast<uint16_t>(static_cast<double>(value) * 65535.0 + 0.5);
+  return static_cast<uint16_t>(static_cast<double>(value) * 65535.0 + kHalfUp);
 }
 /// A word as a float channel of a destination, after its gamma curve.
 inline float FloatOfWord(uint32_t word, const tZRDIBXCHGPARAMS& exchange) noexcept {

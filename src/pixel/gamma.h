@@ -43,10 +43,12 @@ class GammaTable {
   uint8_t Byte(float x) const noexcept {
     if (!(x >= 0.0f)) return 0;
     if (x > 1.0f) return 255;
-    return curve_.byteTable[static_cast<int32_t>(x * static_cast<float>(curve_.tableMax) + 0.5f)];
+    return curve_.byteTable[static_cast<int32_t>(x * static_cast<float>(curve_.tableMax) + kHalfUp)];
   }
 
  private:
+  static constexpr float kHalfUp = 0.5f;  ///< Before truncation: half and more go up.
+
   tZRGAMMACURVE curve_;
 };
 

@@ -3,6 +3,7 @@
 
 #include <immintrin.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "pixel/scale_rows.h"
@@ -212,7 +213,7 @@ MARLO_AVX2 __m128i PixelWords32(const uint8_t* pixel) {
 }
 
 /// Columns of a tile: its lines stay in the first-level cache.
-constexpr int32_t kTileColumns = 384;
+constexpr int32_t kTileColumns = 512;
 constexpr int32_t kTilePixels = 256;
 /// Up to this many rows between the first and the last, their sum is a signed word.
 constexpr int32_t kMostRowsInSignedWords = 128;
@@ -223,6 +224,11 @@ struct BoxTile {
   alignas(32) int16_t pairs[kTileColumns * kChannels * 2];
   alignas(32) uint32_t columns[kTileColumns * kChannels];
 };
+
+/// The next tile's piece of a row: short pieces of many rows are more than the processor foresees.
+void PrefetchNextTile(const uint8_t* piece) {
+  _mm_prefetch(static_cast<const char*>(static_cast<const void*>(piece + kTileColumns * kChannels)), _MM_HINT_T0);
+}
 
 /// Four columns of a tile from the words of the rows between.
 MARLO_AVX2 void FillFour(BoxTile* tile, const BoxRows& rows, int32_t at, __m256i between, __m256i weights) {
@@ -246,9 +252,11 @@ MARLO_AVX2 void FillTile(BoxTile* tile, const BoxRows& rows, int32_t columns) {
   int32_t column = 0;
   for (; column + 4 * kGroups <= columns; column += 4 * kGroups) {
     const int32_t at = column * kChannels;
+    PrefetchNextTile(rows.Last() + at);
     __m256i between[kGroups] = {};
     for (int32_t row = 1; row < rows.count - 1; ++row) {
       const uint8_t* const from = rows.first + row * rows.stride + at;
+      PrefetchNextTile(from);
       for (int32_t group = 0; group < kGroups; ++group) {
         between[group] = _mm256_add_epi16(between[group], Words(from + group * 16));
       }
@@ -327,12 +335,12 @@ MARLO_AVX2 void BoxTileRow(uint8_t* out, const BoxTile& tile, const BoxRows& row
 
 /// The end of the boxes from `start` that fill one tile; `start` itself for a box that fits none.
 int32_t TileEnd(const Box* boxes, int32_t start, int32_t count) {
-  int32_t end = start;
-  while (end < count && end - start < kTilePixels && boxes[end].last - boxes[start].first < kTileColumns &&
-         boxes[end].lastWeight <= kOne) {
-    ++end;
-  }
-  return end;
+  const int32_t firstColumn = boxes[start].first;
+  // Boxes only move on, and once the edge folds pixels together it does so to the end.
+  const Box* const end = std::partition_point(
+      boxes + start, boxes + std::min(count, start + kTilePixels),
+      [=](const Box& box) { return box.last - firstColumn < kTileColumns && box.lastWeight <= kOne; });
+  return static_cast<int32_t>(end - boxes);
 }
 
 MARLO_AVX2 void BoxBoth(uint8_t* out, uint32_t* sums, const BoxRows& rows, const Box* boxes, int64_t area,

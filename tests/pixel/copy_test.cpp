@@ -171,6 +171,15 @@ TEST_F(Copy, ScaledCopiesThroughTheExchange) {
   EXPECT_EQ(43687, Row(tall, 1, 8)[0]);
   EXPECT_EQ(21843, Row(tall, 2, 8)[0]);
   EXPECT_EQ(0, Row(tall, 3, 8)[0]);
+
+  // White stays white in the last row and column, which have no second fraction; between, four weights that were
+  // cut one by one leave a little less: 16382 of 16384.
+  Picture white(ZRPIXEL_RGBA64, 3, 3), large(ZRPIXEL_RGBA64, 7, 7);
+  std::fill_n(white.bits(), white.size(), uint8_t{255});
+  ASSERT_EQ(0, CopyAll(large, white, 3));
+  EXPECT_THAT(Row(large, 0, 8), ::testing::Each(65535));
+  EXPECT_EQ(65535, Row(large, 3, 8)[6]);
+  EXPECT_EQ(65535 * 16382 / 16384, Row(large, 5, 8)[1]);
 }
 
 TEST_F(Copy, PalettesInterpolateColoursNotIndices) {
@@ -268,6 +277,12 @@ TEST_F(Copy, FeatheredEdges) {
                          ZRDIB_FEATHER_LAST_ROWS | (8u << 16), 0, 0));
   EXPECT_EQ(43692, Row(seen, 0, 8)[4]);
   EXPECT_EQ(65535, Row(seen, 3, 8)[4]);
+  const RECT overBottom = {0, 5, 20, 25};
+  std::fill_n(seen.bits(), seen.size(), uint8_t{0});
+  ASSERT_EQ(0, ZrDibCopy(seen.header(), seen.bits(), &overBottom, 0, source.header(), source.bits(), &whole, 0,
+                         ZRDIB_FEATHER_FIRST_ROWS | (8u << 16), 0, 0));
+  EXPECT_EQ(43692, Row(seen, 19, 8)[4]);
+  EXPECT_EQ(65535, Row(seen, 16, 8)[4]);
 
   // A width of 0 is the plain copy, fast paths included; bytes and floats have weights of their own.
   Picture floats(ZRPIXEL_RGBA128F, 4, 1), bytes(ZRPIXEL_RGBA32, 4, 1), onto(ZRPIXEL_RGBA128F, 4, 1);

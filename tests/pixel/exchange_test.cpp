@@ -102,6 +102,14 @@ TEST(Exchange, EveryPairFollowsTheTables) {
   EXPECT_GT(compared, 750);
 }
 
+TEST(Exchange, OneBitTurnsAtHalfOfThreeChannels) {
+  Picture src(ZRPIXEL_RGBA64, 2, 1), dst(ZRPIXEL_GRAY1, 2, 1);
+  const uint16_t words[8] = {0x7FFF, 0x8000, 0x8000, 0, 0x7FFE, 0x8000, 0x8000, 0};
+  std::memcpy(src.bits(), words, sizeof words);
+  ASSERT_EQ(0, ZrDibCopy(dst.header(), dst.bits(), nullptr, 0, src.header(), src.bits(), nullptr, 0, 0, 0, 0));
+  EXPECT_EQ(0x80, dst.bits()[0]);  // 0x17FFF and 0x17FFE.
+}
+
 TEST(Exchange, FormsAndRefusals) {
   struct Case {
     int32_t dst, src;

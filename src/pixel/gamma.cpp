@@ -74,7 +74,7 @@ GammaTable::~GammaTable() {
 
 bool GammaTable::MakeFloats(int32_t steps) noexcept {
   curve_.tableMax = steps - 1;
-  curve_.table = static_cast<float*>(plat::AllocateZeroed(static_cast<size_t>(steps + 1) * sizeof(float)));
+  curve_.table = static_cast<float*>(plat::AllocateZeroed((static_cast<size_t>(steps) + 1) * sizeof(float)));
   if (!curve_.table) return false;
   for (int32_t index = 0; index <= steps; ++index) curve_.table[index] = At(index, steps, curve_);
   return true;
@@ -82,7 +82,7 @@ bool GammaTable::MakeFloats(int32_t steps) noexcept {
 
 bool GammaTable::MakeBytes(int32_t steps) noexcept {
   curve_.tableMax = steps - 1;
-  curve_.byteTable = static_cast<uint8_t*>(plat::AllocateZeroed(static_cast<size_t>(steps + 1)));
+  curve_.byteTable = static_cast<uint8_t*>(plat::AllocateZeroed(static_cast<size_t>(steps) + 1));
   if (!curve_.byteTable) return false;
   for (int32_t index = 0; index <= steps; ++index) {
     const double value = static_cast<double>(At(index, steps, curve_)) * 255.0;

@@ -65,13 +65,17 @@ TEST(ParallelRows, NothingToDoCallsNothing) {
 TEST(ParallelRows, SmallPicturesStayOnTheCallingThread) {
   Threads scope(4);
   const uint32_t self = CurrentThreadId();
-  for (const auto& [rows, minimum] : {std::pair{1, 1}, {31, 16}, {5, 100}}) {
+  struct Size {
+    int32_t rows;
+    int32_t minimum;
+  };
+  for (const Size& size : {Size{1, 1}, {31, 16}, {5, 100}}) {
     int calls = 0;
-    ParallelRows(rows, minimum, [&](int32_t first, int32_t end) {
+    ParallelRows(size.rows, size.minimum, [&](int32_t first, int32_t end) {
       ++calls;
       EXPECT_EQ(CurrentThreadId(), self);
       EXPECT_EQ(first, 0);
-      EXPECT_EQ(end, rows);
+      EXPECT_EQ(end, size.rows);
     });
     EXPECT_EQ(calls, 1);
   }

@@ -11,5 +11,8 @@ configure_package_config_file(
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/marlo110kConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/marlo110kConfig.cmake ${CMAKE_BINARY_DIR}/marlo110kConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/marlo110k)
+# The prefix is found from where the file lies, so that `cmake --install --prefix` and a moved tree hold good.
+file(RELATIVE_PATH MARLO_PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" MARLO_PREFIX_FROM_PC ${MARLO_PREFIX_FROM_PC})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/marlo110k.pc.in ${CMAKE_BINARY_DIR}/marlo110k.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/marlo110k.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

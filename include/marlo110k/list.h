@@ -16,6 +16,7 @@
 #include "marlo110k/export.h"
 #include "marlo110k/platform/lock.h"
 
+/// What kind of list it is and how it behaves; kept in the record as ZrList_CreateExZ completed it.
 enum ZRLIST_OPTIONS : uint32_t {
   ZRLIST_HEAPLIST = 0x00000002,      ///< Items are blocks owned by the list; the buffer holds pointers.
   ZRLIST_ARRAY = 0x00000004,         ///< Items stand in the buffer.
@@ -30,6 +31,7 @@ inline constexpr uint32_t kZrListMagic = 0x54525543;
 
 struct ZrListHeap;
 
+/// A list. Clients read count, itemSize and items and leave the other fields to the functions.
 struct tZRLIST {
   int32_t count;               ///< Items in use.
   uint64_t itemSize;           ///< Bytes from one slot to the next.
@@ -154,11 +156,15 @@ ZR_API HRESULT ZrList_SortTo(tZRLIST* dest, tZRLIST* source, uint64_t criteria, 
 
 // ---- Attributes: no lock is taken ------------------------------------------------------------------
 
+/// The client's own value, 0 in a new list.
 ZR_API uint64_t ZrList_GetUserData(const tZRLIST* list) noexcept;
 /// Exchanges atomically. @return the former value.
 ZR_API uint64_t ZrList_SetUserData(tZRLIST* list, uint64_t value) noexcept;
+/// The options in force, with those that were added at creation.
 ZR_API uint32_t ZrList_GetCreateOptions(const tZRLIST* list) noexcept;
+/// The criteria of the last sort.
 ZR_API uint64_t ZrList_GetSortCriteria(const tZRLIST* list) noexcept;
+/// The id of the thread that made the list, or that ZrList_SetThreadOwner named.
 ZR_API uint32_t ZrList_GetThreadOwner(const tZRLIST* list) noexcept;
 /// @param threadId 0 means the calling thread.
 ZR_API HRESULT ZrList_SetThreadOwner(tZRLIST* list, uint32_t threadId) noexcept;

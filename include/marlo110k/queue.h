@@ -99,10 +99,14 @@ ZR_API tZRQELM* ZrQueueFindAndRemoveRev(tZRQHEAD* queue, ZRQUEUEPREDICATE predic
 ZR_API tZRQELM* ZrQueueFind(tZRQHEAD* queue, ZRQUEUEPREDICATE predicate, void* argument) noexcept;
 /// First match from the tail.
 ZR_API tZRQELM* ZrQueueFindRev(tZRQHEAD* queue, ZRQUEUEPREDICATE predicate, void* argument) noexcept;
+/// Moves the first match from the head to the head. @return it, or null.
 ZR_API tZRQELM* ZrQueueFindAndMoveToHead(tZRQHEAD* queue, ZRQUEUEPREDICATE predicate, void* argument) noexcept;
+/// Moves the first match from the head to the tail. @return it, or null.
 ZR_API tZRQELM* ZrQueueFindAndMoveToTail(tZRQHEAD* queue, ZRQUEUEPREDICATE predicate, void* argument) noexcept;
+/// Moves an element of this queue to the head.
 /// @return 1 when the element was moved, 0 when it is at that end already or in no place of this queue.
 ZR_API int32_t ZrQueueMoveToHead(tZRQHEAD* queue, tZRQELM* element) noexcept;
+/// Moves an element of this queue to the tail; the result is as for the head.
 ZR_API int32_t ZrQueueMoveToTail(tZRQHEAD* queue, tZRQELM* element) noexcept;
 /// Waits once for elements without taking any. A hint: another thread may take them first.
 /// @return 1 when elements are there.

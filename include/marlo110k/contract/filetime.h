@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+/// A 64-bit count in two halves, so that records that hold it align to 4 bytes.
 struct FILETIME {
   uint32_t dwLowDateTime;
   uint32_t dwHighDateTime;

@@ -19,7 +19,9 @@ using CLSID = GUID;
 using REFIID = const GUID&;
 using REFCLSID = const GUID&;
 
+/// Two ids are equal when all of their 16 bytes are.
 inline bool operator==(const GUID& left, const GUID& right) noexcept {
   return std::memcmp(&left, &right, sizeof(GUID)) == 0;
 }
+/// The opposite of ==.
 inline bool operator!=(const GUID& left, const GUID& right) noexcept { return !(left == right); }

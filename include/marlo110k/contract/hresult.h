@@ -7,7 +7,9 @@
 /// Status of an operation: negative on failure, zero or positive on success.
 using HRESULT = int32_t;
 
+/// True for success, with or without a remark.
 constexpr bool SUCCEEDED(HRESULT code) noexcept { return code >= 0; }
+/// True for a failure.
 constexpr bool FAILED(HRESULT code) noexcept { return code < 0; }
 
 /// Makes a code from its published unsigned form, since failures have the top bit set.

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+/// A rectangle; right and bottom lie outside it. Pixels, unless a call says fixed point.
 struct RECT {
   int32_t left;
   int32_t top;
@@ -13,16 +14,19 @@ struct RECT {
 };
 static_assert(sizeof(RECT) == 16);
 
+/// A place in a picture, counted from the top left corner.
 struct POINT {
   int32_t x;
   int32_t y;
 };
 
+/// Width and height.
 struct SIZE {
   int32_t cx;
   int32_t cy;
 };
 
+/// A colour of a picture's colour table.
 struct RGBQUAD {
   uint8_t rgbBlue;
   uint8_t rgbGreen;
@@ -30,6 +34,7 @@ struct RGBQUAD {
   uint8_t rgbReserved;
 };
 
+/// A colour of a palette of its own.
 struct PALETTEENTRY {
   uint8_t peRed;
   uint8_t peGreen;

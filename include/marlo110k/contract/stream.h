@@ -28,6 +28,7 @@ struct STATSTG {
 };
 static_assert(sizeof(STATSTG) == 80);
 
+/// A stream that is read or written from front to back.
 struct ISequentialStream : IUnknown {
   /// Slot 3. `bytesRead` may be null; a short read at the end is a success with a lower count.
   virtual HRESULT Read(void* buffer, uint32_t bytes, uint32_t* bytesRead) = 0;
@@ -38,7 +39,7 @@ struct ISequentialStream : IUnknown {
   ~ISequentialStream() = default;
 };
 
-/// Slots 5 to 13.
+/// A stream with a position that can be moved. Slots 5 to 13.
 struct IStream : ISequentialStream {
   virtual HRESULT Seek(int64_t move, uint32_t origin, uint64_t* newPosition) = 0;
   virtual HRESULT SetSize(uint64_t bytes) = 0;

@@ -15,6 +15,7 @@ class File;
 /// What a failed open gives, and what every call takes as "no file"; null counts as the same.
 inline File* const kInvalidFile = reinterpret_cast<File*>(static_cast<intptr_t>(-1));
 
+/// What a handle may do.
 enum FileAccess : uint32_t { kReadAccess = 1, kWriteAccess = 2, kReadWriteAccess = 3 };
 
 /// What other handles on the file may do meanwhile. Enforced among processes that use this layer.
@@ -29,6 +30,7 @@ enum FileDisposition : uint32_t {
   kTruncateExisting = 5  ///< Empties; error 2 when it doesn't exist. Needs write access.
 };
 
+/// Where a seek counts from.
 enum FileSeek : uint32_t { kSeekStart = 0, kSeekCurrent = 1, kSeekEnd = 2 };
 
 /// Opens a file. Backslashes in `path` separate folders like slashes; an existing name is found
@@ -58,6 +60,14 @@ ZR_API bool FlushFile(File* file) noexcept;
 /// Makes a file of `bytes` bytes in memory, for hosts that hold an image and want the file calls.
 /// The block is copied; growing is allowed up to `capacityBytes`, past which writes fail as on a full disk.
 ZR_API File* OpenMemoryFile(const void* data, uint64_t bytes, uint64_t capacityBytes) noexcept;
+
+/// Removes a file by name, with the path rules of OpenFile.
+/// @return false when there is none or it is read-only; LastError() tells (2, 5).
+ZR_API bool RemoveFile(const char16_t* path) noexcept;
+/// Gives a file another name in the same file system, in one step: whoever opens `to` meets the former file or
+/// the new one, never a part. Path rules of OpenFile.
+/// @return false when that isn't possible; both files are then as they were, and LastError() tells.
+ZR_API bool MoveFileOver(const char16_t* from, const char16_t* to) noexcept;
 
 /// Error number of this thread's last failed platform call, in the numbering that
 /// ZrErrorHandler_TranslateWin32Error reads.

@@ -31,8 +31,6 @@ void SetLastError(uint32_t error) noexcept;
 uint32_t ErrorOfErrno(int error) noexcept;
 
 // Names on disk, all with the path rules of OpenFile. True on success, else LastError() tells.
-bool RemoveFile(const char16_t* path) noexcept;                        ///< Refuses a read-only file (5).
-bool MoveFileOver(const char16_t* from, const char16_t* to) noexcept;  ///< Replaces `to` in one step.
 bool FileExists(const char16_t* path) noexcept;
 bool GetFileWriteTime(const char16_t* path, uint64_t* ticksSince1601) noexcept;
 

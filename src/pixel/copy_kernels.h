@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+// The kernels behind ZrDibCopy.
+#pragma once
+
+#include "marlo110k/dib_copy.h"
+
+namespace marlo::pixel {
+
+/// An unscaled copy of a pair that has a fast path: block copies, bytes to and from floats, 24 to 32 bits.
+/// @return S_FALSE, with nothing written, for any other pair.
+HRESULT CopyFast(const tZRDIBGENERICPARAMS& record) noexcept;
+
+/// Any pair through the exchange, scaled or not, feathered where the flags say so.
+HRESULT CopyThroughExchange(const tZRDIBGENERICPARAMS& record) noexcept;
+
+/// Any pair between fractional rectangles.
+HRESULT CopySubpixel(const tZRDIBSUBPIXELPARAMS& record) noexcept;
+
+}  // namespace marlo::pixel

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -144,6 +145,20 @@ TEST(ParallelRows, SeveralCallersShareThePool) {
       }
     });
   }
+}
+
+TEST(ParallelRowsDeathTest, AForkedChildLoopsAloneAndEnds) {
+  testing::FLAGS_gtest_death_test_style = "fast";  // A child of fork inherits the pool's numbers without its threads.
+  Threads scope(3);
+  ParallelRows(30, 1, [](int32_t, int32_t) {});
+  EXPECT_EXIT(
+      {
+        Visits visits(30);
+        ParallelRows(30, 1, [&](int32_t first, int32_t end) { visits.Block(first, end); });
+        StopParallelPool();
+        std::exit(visits.EachOnce() ? 7 : 8);
+      },
+      testing::ExitedWithCode(7), "");
 }
 
 TEST(ParallelRows, StartsAgainAfterAStop) {

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -321,6 +322,31 @@ TEST(ShareMode, ARefusedOpenEmptiesNothingAndLeavesNoClaim) {
   }
   Handle writer(OpenFile(name.c_str(), kReadWriteAccess, kShareNone, kOpenExisting));
   EXPECT_TRUE(writer.IsValid()) << "closing gives all claims back";
+}
+
+/// Opens in a child process. @return the error number, 0 when it could open.
+uint32_t ErrorInAnotherProcess(const std::u16string& name, uint32_t access, uint32_t share) {
+  const pid_t child = fork();
+  if (child == 0) {
+    // The handle isn't closed: the end of the process gives its claims back.
+    const bool opened = OpenFile(name.c_str(), access, share, kOpenExisting) != kInvalidFile;
+    _exit(opened ? 0 : static_cast<int>(LastError()));
+  }
+  int status = -1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status));
+  return static_cast<uint32_t>(WEXITSTATUS(status));
+}
+
+TEST(ShareMode, HoldsAmongProcessesAndEndsWithThem) {
+  TempFolder folder;
+  const std::u16string name = folder.Put("a", "text");
+  EXPECT_EQ(ErrorInAnotherProcess(name, kReadWriteAccess, kShareNone), 0u);
+  Handle reader(OpenFile(name.c_str(), kReadAccess, kShareRead, kOpenExisting));
+  ASSERT_TRUE(reader.IsValid()) << "the child's claims ended with it";
+  EXPECT_EQ(ErrorInAnotherProcess(name, kReadAccess, kShareRead), 0u);
+  EXPECT_EQ(ErrorInAnotherProcess(name, kReadAccess, kShareNone), 32u);
+  EXPECT_EQ(ErrorInAnotherProcess(name, kWriteAccess, kShareAll), 32u);
 }
 
 TEST(ShareMode, RemovalAndRenamingNeedDeleteSharing) {

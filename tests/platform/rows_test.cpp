@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -65,13 +66,17 @@ TEST(ParallelRows, NothingToDoCallsNothing) {
 TEST(ParallelRows, SmallPicturesStayOnTheCallingThread) {
   Threads scope(4);
   const uint32_t self = CurrentThreadId();
-  for (const auto& [rows, minimum] : {std::pair{1, 1}, {31, 16}, {5, 100}}) {
+  struct Size {
+    int32_t rows;
+    int32_t minimum;
+  };
+  for (const Size& size : {Size{1, 1}, {31, 16}, {5, 100}}) {
     int calls = 0;
-    ParallelRows(rows, minimum, [&](int32_t first, int32_t end) {
+    ParallelRows(size.rows, size.minimum, [&](int32_t first, int32_t end) {
       ++calls;
       EXPECT_EQ(CurrentThreadId(), self);
       EXPECT_EQ(first, 0);
-      EXPECT_EQ(end, rows);
+      EXPECT_EQ(end, size.rows);
     });
     EXPECT_EQ(calls, 1);
   }
@@ -140,6 +145,20 @@ TEST(ParallelRows, SeveralCallersShareThePool) {
       }
     });
   }
+}
+
+TEST(ParallelRowsDeathTest, AForkedChildLoopsAloneAndEnds) {
+  testing::FLAGS_gtest_death_test_style = "fast";  // A child of fork inherits the pool's numbers without its threads.
+  Threads scope(3);
+  ParallelRows(30, 1, [](int32_t, int32_t) {});
+  EXPECT_EXIT(
+      {
+        Visits visits(30);
+        ParallelRows(30, 1, [&](int32_t first, int32_t end) { visits.Block(first, end); });
+        StopParallelPool();
+        std::exit(visits.EachOnce() ? 7 : 8);
+      },
+      testing::ExitedWithCode(7), "");
 }
 
 TEST(ParallelRows, StartsAgainAfterAStop) {

@@ -8,7 +8,6 @@
 #include "marlo110k/platform/event.h"
 #include "platform/base/clock.h"
 #include "platform/sys/thread.h"
-#include "platform/sys/waitable.h"
 #include "testing/worker.h"
 
 namespace plat {
@@ -259,14 +258,6 @@ TEST(CloseWaitable, AWaiterKeepsTheObjectUntilItLeaves) {
   SetEvent(event);
   CloseWaitable(event);
   worker.Join();
-}
-
-TEST(ShareWaitable, KeepsAClosedObjectForALaterWait) {
-  Waitable* event = CreateEvent(true, true);
-  ShareWaitable(event);
-  CloseWaitable(event);
-  EXPECT_EQ(WaitOne(event, 0), kWaitObject0);
-  CloseWaitable(event);
 }
 
 // ---- Work of the waiting thread itself --------------------------------------------------------------

@@ -17,7 +17,6 @@
 #include "platform/base/wait_cell.h"
 #include "platform/sys/file_backend.h"
 #include "platform/sys/inbox.h"
-#include "platform/sys/waitable.h"
 
 namespace plat {
 namespace {
@@ -116,6 +115,9 @@ struct AllWait {
   WaitCell cell;
 };
 
+/// Adds an owner to an object that the caller knows to be alive.
+void Share(Waitable* object) { object->owners.fetch_add(1, std::memory_order_relaxed); }
+
 void GiveBack(Waitable* object) {
   if (object->owners.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
   pthread_mutex_destroy(&object->mutex);
@@ -166,7 +168,7 @@ bool Signal(Waitable* object, const Change& change) {
   const WaitCell* cell = object->HandOut();
   const bool forAllWaits = object->allWaits != 0 && object->Signalled();
   // A waiter that leaves may close the object, so a share is taken before the mutex is free.
-  if (forAllWaits) ShareWaitable(object);
+  if (forAllWaits) Share(object);
   pthread_mutex_unlock(&object->mutex);
   if (cell != nullptr) WaitCell::Wake(cell);
   if (forAllWaits) {
@@ -198,7 +200,7 @@ bool Enlist(WaitNode* node) {
     object->Take();
     return false;
   }
-  ShareWaitable(object);
+  Share(object);
   object->nodes.Append(node);
   return true;
 }
@@ -215,7 +217,7 @@ void EnlistAll(WaitNode* nodes, AllWait* wait) {
   for (uint32_t i = 0; i < wait->count; ++i) {
     Waitable* object = wait->objects[i];
     nodes[i] = {nullptr, nullptr, object, &wait->cell, wait, 0};
-    ShareWaitable(object);
+    Share(object);
     object->allNodes.Append(&nodes[i]);
     ScopedLock objectLock(&object->mutex);
     ++object->allWaits;
@@ -307,10 +309,6 @@ uint32_t WaitForAll(Waitable* const* objects, uint32_t count, const PendingWork&
 
 }  // namespace
 
-void ShareWaitable(Waitable* object) noexcept {
-  if (object != nullptr) object->owners.fetch_add(1, std::memory_order_relaxed);
-}
-
 Waitable* CreateEvent(bool manualReset, bool initiallySet) noexcept {
   return MakeWaitable(manualReset ? Kind::kManualEvent : Kind::kAutoEvent, initiallySet ? 1 : 0, 1);
 }
@@ -349,7 +347,7 @@ bool PulseEvent(Waitable* event) noexcept {
   const WaitCell* cell = event->HandOut();
   const bool forAllWaits = event->allWaits != 0 && event->Signalled();
   event->units = 0;
-  if (forAllWaits) ShareWaitable(event);
+  if (forAllWaits) Share(event);
   pthread_mutex_unlock(&event->mutex);
   if (cell != nullptr) WaitCell::Wake(cell);
   if (forAllWaits) {

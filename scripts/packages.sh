@@ -13,6 +13,7 @@ packages_build=(
   libgmock-dev
   libgtest-dev
   libicu-dev
+  llvm-14
   mold
   ninja-build
   nlohmann-json3-dev
@@ -36,7 +37,6 @@ packages_check=(
   clang-format-14
   clang-tidy-14
   libclang-rt-14-dev
-  llvm-14
 )
 # The reference manual.
 packages_docs=(
@@ -44,13 +44,22 @@ packages_docs=(
 )
 # Peers that the benchmarks are measured against.
 packages_bench=(
-  libbenchmark-dev
+  libavutil-dev
+  libebur128-dev
   libfmt-dev
+  libliquid-dev
+  libopencv-imgproc-dev
+  libpixman-1-dev
+  libsamplerate0-dev
   libsdl2-dev
   libsndfile1-dev
   libsoxr-dev
+  libspeexdsp-dev
   libswresample-dev
-  libavutil-dev
+  libswscale-dev
+  libvolk2-dev
+  libyuv-dev
+  libzita-resampler-dev
 )
 
 # Coverage figures.

@@ -46,7 +46,7 @@ std::string CodeText(HRESULT code) {
   return text;
 }
 
-Failure::Failure(HRESULT code, std::string subject, std::string sentence) : code_(code) {
+Failure::Failure(HRESULT code, const std::string& subject, const std::string& sentence) : code_(code) {
   if (!subject.empty()) text_ = subject + ": ";
   text_ += SentenceOf(code);
   if (!sentence.empty()) text_ += " " + sentence;

@@ -20,7 +20,7 @@ class UsageError : public std::runtime_error {
 class Failure : public std::exception {
  public:
   /// @param subject the file it is about, or empty. @param sentence says more than the code's own text, behind it.
-  Failure(HRESULT code, std::string subject, std::string sentence = {});
+  Failure(HRESULT code, const std::string& subject, const std::string& sentence = {});
   HRESULT Code() const noexcept { return code_; }
   /// "subject: sentence (0x8004E007)".
   const char* what() const noexcept override { return text_.c_str(); }

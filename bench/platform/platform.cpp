@@ -115,17 +115,17 @@ bool FileWalk() {
   return met;
 }
 
-void Touch(int32_t first, int32_t end) {
+constexpr auto kTouch = [](int32_t first, int32_t end) {
   bench::Use(&first);
   bench::Use(&end);
-}
+};
 
 void EmptyLoops() {
-  plat::ParallelRows(1080, 1, Touch);  // Starts the pool.
+  plat::ParallelRows(1080, 1, kTouch);  // Starts the pool.
   bench::Question question("A row loop that does nothing, shared against called", "loops");
-  question.Ours({"ParallelRows, 1080 rows", [] { plat::ParallelRows(1080, 16, Touch); }});
-  question.Peer({"ParallelRows, one row", [] { plat::ParallelRows(1, 1, Touch); }});
-  question.Peer({"plain call", [] { Touch(0, 1080); }});
+  question.Ours({"ParallelRows, 1080 rows", [] { plat::ParallelRows(1080, 16, kTouch); }});
+  question.Peer({"ParallelRows, one row", [] { plat::ParallelRows(1, 1, kTouch); }});
+  question.Peer({"plain call", [] { kTouch(0, 1080); }});
   question.Print();
 }
 

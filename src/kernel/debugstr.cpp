@@ -23,7 +23,7 @@ constinit TraceFile trace{};
 
 plat::File* OpenTrace() noexcept {
   char16_t path[kPathCharacters];
-  plat::ProfileText(plat::UserProfilePath(), kSection, u"LogToFilePath", u"", path, kPathCharacters);
+  plat::ProfileText(plat::UserProfilePath().c_str(), kSection, u"LogToFilePath", u"", path, kPathCharacters);
   if (path[0] == 0) return plat::kInvalidFile;
   constexpr uint32_t kShare = plat::kShareRead | plat::kShareWrite;
   if (plat::CompareTextNoCase(path, u"COM1") != 0) {
@@ -51,7 +51,7 @@ void WriteTrace(const std::string& bytes) noexcept {
 
 void ZrDebugString(const char16_t* text, int32_t endOfLine, uint32_t target) noexcept {
   if (target != ZRDEBUG_FILE || text == nullptr) return;
-  if (plat::ProfileInt(plat::UserProfilePath(), marlo::kSection, u"DeviceIoctl", 0) != 0) return;
+  if (plat::ProfileInt(plat::UserProfilePath().c_str(), marlo::kSection, u"DeviceIoctl", 0) != 0) return;
   try {
     std::string bytes = plat::ToUtf8(text);
     if (endOfLine != 0) bytes += "\r\n";

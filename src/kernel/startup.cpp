@@ -148,7 +148,8 @@ constexpr Stage kColourChangeStages[] = {
 // ---- Load and unload -------------------------------------------------------------------------------
 
 bool ApplyAlignmentFaultSetting(const StageContext&) {
-  const bool enabled = plat::ProfileInt(plat::UserProfilePath(), u"Debug", u"EnableAlignmentFaultExceptions", 0) != 0;
+  const bool enabled =
+      plat::ProfileInt(plat::UserProfilePath().c_str(), u"Debug", u"EnableAlignmentFaultExceptions", 0) != 0;
   const uint32_t mode = plat::ErrorMode();
   plat::SetErrorMode(enabled ? mode & ~plat::kNoAlignmentFaultExcept : mode | plat::kNoAlignmentFaultExcept);
   return true;

@@ -34,7 +34,7 @@ void FloatDivideByZero(void*) {
   asm volatile("divss %0, %1" : : "x"(0.0f), "x"(1.0f));
   _mm_setcsr(state);
 }
-void JumpAway(void*) { reinterpret_cast<void (*)()>(uintptr_t{0x1234})(); }
+void JumpAway(void*) { asm volatile("call *%0" : : "r"(uintptr_t{0x1234}) : "memory"); }
 void NonCanonical(void*) { sink = *reinterpret_cast<volatile int*>(uintptr_t{0x8000'0000'0000'0000}); }
 
 // A thread sanitizer's runtime doesn't survive an overflow inside itself, so nothing of it may run here.

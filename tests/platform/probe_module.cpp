@@ -21,9 +21,10 @@ PROBE bool ProbeHook(int* counter) {
 PROBE void ProbeUnhook() { plat::RemoveThreadDetachHook(CountLeave); }
 PROBE void ProbeTouch() { plat::TouchThread(); }
 
-/// Leaves everything behind that a thread can hold: an inbox, a handler stack, pool threads.
+PROBE void ProbeOpenInbox() { plat::OpenInbox(); }
+
+/// Leaves behind what a thread may hold when the library goes: a handler stack and parked pool threads.
 PROBE bool ProbeUseAll() {
-  plat::OpenInbox();
   plat::ParallelRows(64, 1, [](int32_t, int32_t) {});
   return !plat::Guarded([](void*) { *static_cast<volatile int*>(nullptr) = 1; }, nullptr, nullptr);
 }

@@ -197,11 +197,15 @@ TEST(DetachHook, TheLibraryMayGoBeforeTheThreadsThatUsedIt) {
   const auto hook = reinterpret_cast<bool (*)(int*)>(symbol("ProbeHook"));
   const auto unhook = reinterpret_cast<void (*)()>(symbol("ProbeUnhook"));
   const auto touch = reinterpret_cast<void (*)()>(symbol("ProbeTouch"));
+  const auto openInbox = reinterpret_cast<void (*)()>(symbol("ProbeOpenInbox"));
   const auto useAll = reinterpret_cast<bool (*)()>(symbol("ProbeUseAll"));
-  ASSERT_TRUE(hook != nullptr && unhook != nullptr && touch != nullptr && useAll != nullptr);
+  ASSERT_TRUE(hook != nullptr && unhook != nullptr && touch != nullptr && openInbox != nullptr && useAll != nullptr);
   int counted = 0;
   ASSERT_TRUE(hook(&counted));
-  Worker([&] { touch(); }).Join();
+  Worker([&] {
+    openInbox();
+    touch();
+  }).Join();
   EXPECT_EQ(counted, 1);
 
   Waitable* used = CreateEvent(true, false);

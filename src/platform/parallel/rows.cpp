@@ -16,6 +16,7 @@
 #include "marlo110k/platform/event.h"
 #include "platform/base/cpu.h"
 #include "platform/base/fpu.h"
+#include "platform/base/unload.h"
 #include "platform/sys/thread.h"
 
 namespace plat {
@@ -185,7 +186,7 @@ void StopParallelPool() noexcept {
 namespace {
 
 /// An unload with threads still parked would leave them without code.
-__attribute__((destructor)) void StopPoolAtUnload() { StopParallelPool(); }
+[[gnu::destructor(kStopAtUnload)]] void StopPoolAtUnload() { StopParallelPool(); }
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 
 #include <atomic>
 
+#include "platform/base/unload.h"
 #include "platform/sys/thread.h"
 
 namespace plat {
@@ -56,7 +57,7 @@ bool MakeKey() {
 }
 
 /// After this no leaving thread calls into the library.
-__attribute__((destructor)) void DeleteKey() {
+[[gnu::destructor(kStopAtUnload)]] void DeleteKey() {
   if (keyMade.exchange(false, std::memory_order_acq_rel)) pthread_key_delete(threadKey);
 }
 

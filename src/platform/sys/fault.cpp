@@ -15,6 +15,7 @@
 #include <atomic>
 #include <cstring>
 
+#include "platform/base/unload.h"
 #include "platform/sys/thread.h"
 
 namespace plat {
@@ -242,8 +243,9 @@ void InstallHandlers() {
   pthread_mutex_unlock(&installLock);
 }
 
-/// At unload: the handlers go unless somebody has put their own in front of them.
-__attribute__((destructor)) void RemoveHandlers() {
+/// The handlers go unless somebody has put their own in front of them. A thread that lives on keeps its handler
+/// stack, which is memory of its own.
+[[gnu::destructor(kStopAtUnload)]] void RemoveHandlers() {
   if (!handlersInstalled.exchange(false)) return;
   for (size_t i = 0; i < kSignalCount; ++i) {
     struct sigaction present {};

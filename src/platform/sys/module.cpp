@@ -9,12 +9,11 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
 #include <new>
-#include <vector>
 
 #include "platform/base/text.h"
+#include "platform/base/unload.h"
 #include "platform/sys/file_backend.h"
 #include "platform/sys/path.h"
 
@@ -23,7 +22,9 @@ namespace plat {
 struct Module {
   link_map* map;     ///< The linker's own name for the object.
   uint32_t loads;    ///< Open loads; 0 for one that was only found by address.
+  const void* base;  ///< Where it is mapped.
   std::string path;  ///< Absolute.
+  Module* next;
 };
 
 namespace {
@@ -32,11 +33,7 @@ constexpr uint32_t kErrorModuleNotFound = 126;
 
 pthread_mutex_t moduleLock = PTHREAD_MUTEX_INITIALIZER;
 
-/// Never destroyed: handles are used until the very end of the process.
-std::vector<Module*>& Modules() {
-  static std::vector<Module*>& modules = *new std::vector<Module*>;
-  return modules;
-}
+Module* modules = nullptr;  ///< Guarded by moduleLock.
 
 class ScopedLock {
  public:
@@ -47,8 +44,9 @@ class ScopedLock {
 };
 
 bool IsKnown(const Module* module) {
-  const std::vector<Module*>& modules = Modules();
-  return std::find(modules.begin(), modules.end(), module) != modules.end();
+  const Module* known = modules;
+  while (known != nullptr && known != module) known = known->next;
+  return known != nullptr && module != nullptr;
 }
 
 std::string CurrentFolder() {
@@ -71,16 +69,37 @@ std::string PathOf(const link_map& map) {
   return map.l_name[0] == '/' ? map.l_name : CurrentFolder() + "/" + map.l_name;
 }
 
+const void* BaseOf(const link_map& map) {
+  Dl_info info{};
+  return dladdr(map.l_ld, &info) != 0 ? info.dli_fbase : nullptr;
+}
+
 /// The object's handle, made if it has none; `loads` more loads are counted. The lock is held.
 Module* HandleOf(link_map* map, uint32_t loads) {
-  for (Module* module : Modules()) {
-    if (module->map != map) continue;
-    module->loads += loads;
-    return module;
+  Module* module = modules;
+  while (module != nullptr && module->map != map) module = module->next;
+  if (module == nullptr) {
+    module = new Module{map, 0, BaseOf(*map), PathOf(*map), modules};
+    modules = module;
+  } else if (module->loads == 0) {
+    // Others may have unloaded the object that was found here, and loaded another one in its place.
+    module->base = BaseOf(*map);
+    module->path = PathOf(*map);
   }
-  Module* module = new Module{map, loads, PathOf(*map)};
-  Modules().push_back(module);
+  module->loads += loads;
   return module;
+}
+
+void Forget(Module* module) {
+  Module** link = &modules;
+  while (*link != module) link = &(*link)->next;
+  *link = module->next;
+  delete module;
+}
+
+[[gnu::destructor(kFreeAtUnload)]] void ForgetAll() {
+  ScopedLock lock;
+  while (modules != nullptr) Forget(modules);
 }
 
 bool HasFolder(const char16_t* path) {
@@ -122,10 +141,7 @@ void UnloadModule(Module* module) noexcept {
     ScopedLock lock;
     if (!IsKnown(module) || module->loads == 0) return;
     map = module->map;
-    if (--module->loads == 0) {
-      std::erase(Modules(), module);
-      delete module;
-    }
+    if (--module->loads == 0) Forget(module);
   }
   dlclose(map);
 }
@@ -170,9 +186,7 @@ std::u16string ModulePath(Module* module) {
 
 const void* ModuleBase(Module* module) noexcept {
   ScopedLock lock;
-  if (!IsKnown(module)) return nullptr;
-  Dl_info info{};
-  return dladdr(module->map->l_ld, &info) != 0 ? info.dli_fbase : nullptr;
+  return IsKnown(module) ? module->base : nullptr;
 }
 
 uint32_t ModuleBits(const char16_t* path) noexcept {

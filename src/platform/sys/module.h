@@ -18,7 +18,7 @@ void UnloadModule(Module* module) noexcept;
 void* ModuleSymbol(Module* module, const char* name) noexcept;
 
 Module* ProcessImage() noexcept;
-/// The module that contains `address`, null when none does.
+/// The module that contains `address`, null when none does. The handle doesn't keep the module loaded.
 Module* ModuleOfAddress(const void* address) noexcept;
 /// This library (or the test program it is linked into).
 Module* ThisModule() noexcept;

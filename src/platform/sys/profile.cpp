@@ -2,7 +2,6 @@
 // Reads profile files: UTF-16 or UTF-8 by their mark, else UTF-8 when it is valid, else the ANSI code page.
 #include "platform/sys/profile.h"
 
-#include <pthread.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -87,15 +86,6 @@ bool Find(const char16_t* path, const char16_t* section, const char16_t* key, st
   return false;
 }
 
-/// Keeps every path that was ever given out, since callers hold on to the text.
-struct KeptPath {
-  std::u16string text;
-  KeptPath* next;
-};
-
-pthread_mutex_t pathLock = PTHREAD_MUTEX_INITIALIZER;
-KeptPath* keptPaths = nullptr;
-
 std::u16string ProfileFolder() {
   if (const char* folder = getenv("MARLO_PROFILE_DIR")) return FromUtf8(folder);
   const char* configuration = getenv("XDG_CONFIG_HOME");
@@ -104,25 +94,13 @@ std::u16string ProfileFolder() {
   return (home != nullptr ? FromUtf8(home) : std::u16string()) + u"/.config/marlo110k";
 }
 
-const char16_t* Keep(std::u16string text) {
-  pthread_mutex_lock(&pathLock);
-  KeptPath* kept = keptPaths;
-  while (kept != nullptr && kept->text != text) kept = kept->next;
-  if (kept == nullptr) {
-    kept = new (std::nothrow) KeptPath{std::move(text), keptPaths};
-    if (kept != nullptr) keptPaths = kept;
-  }
-  pthread_mutex_unlock(&pathLock);
-  return kept != nullptr ? kept->text.c_str() : u"";
-}
-
 }  // namespace
 
-const char16_t* UserProfilePath() noexcept {
+std::u16string UserProfilePath() noexcept {
   try {
-    return Keep(ProfileFolder() + u"/win.ini");
+    return ProfileFolder() + u"/win.ini";
   } catch (const std::bad_alloc&) {
-    return u"";
+    return {};
   }
 }
 

@@ -4,11 +4,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace plat {
 
 /// The user's profile file, "win.ini" in the profile folder (MARLO_PROFILE_DIR or the configuration folder).
-const char16_t* UserProfilePath() noexcept;
+/// Empty when memory is short.
+std::u16string UserProfilePath() noexcept;
 
 /// Reads a number; a leading "0x" is not understood, text after the digits is ignored.
 /// @return the default when the file, section or key is missing.

@@ -44,6 +44,7 @@ bool QueueCompletion(uint32_t threadId, void (*function)(void*), void* argument)
 uint32_t RunSentWork() noexcept;
 /// Makes the calling thread known to SendWork and QueueCompletion. A wait with kWakeSentWork or
 /// kWaitAlertable does so too. What is still queued when the thread ends never runs.
+/// A thread that outlives the library loses its inbox.
 void OpenInbox() noexcept;
 
 }  // namespace plat

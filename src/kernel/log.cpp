@@ -76,7 +76,8 @@ void* CLog::DeleteSelf(uint32_t flags) noexcept {
   constexpr uint32_t kFreeMemory = 1;
   CLog::~CLog();
   if ((flags & kFreeMemory) != 0) ::operator delete(this);
-  return this;
+  // The slot's contract gives the address back, whatever stands there now.
+  return this;  // NOLINT(clang-analyzer-cplusplus.NewDelete)
 }
 
 void CLog::TakeSettings(const CLog& other) noexcept {

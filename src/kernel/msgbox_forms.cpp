@@ -51,13 +51,14 @@ std::u16string WholeText(const BoxRequest& request) {
 uint32_t RunBox(HZRWINDOW parent, BoxRequest* request) noexcept {
   if (WantsCheckBox(request->flags) && request->checkText == nullptr) request->checkText = KernelText(checkLabel);
   std::u16string whole;
-  const char16_t* text = request->text;
+  bool isWhole = true;
   try {
     whole = WholeText(*request);
-    text = whole.c_str();
   } catch (...) {
     // Without memory for the details the body alone has to do.
+    isWhole = false;
   }
+  const char16_t* text = isWhole ? whole.c_str() : request->text;
   uint32_t answer = ZRID_NODIALOG;
   if (AskHook(ResolveParent(parent), text, ApplicationTitle(), request->flags, &answer)) return answer;
   WriteToErrorStream(text, request->title != nullptr ? request->title : ApplicationTitle());

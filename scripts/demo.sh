@@ -43,7 +43,7 @@ cd "$here"
 mkdir -p build/demo
 echo "== Building the release preset"
 # Without the benchmarks, whose peers a demonstration needn't have.
-if ! { cmake --preset release -DMARLO_BENCH=OFF && cmake --build --preset release --target marlo; } >build/demo/build.log 2>&1; then
+if ! { cmake --preset release -DMARLO_BENCH=OFF -DMARLO_TESTS=OFF && cmake --build --preset release --target marlo; } >build/demo/build.log 2>&1; then
   tail -n 30 build/demo/build.log >&2
   echo "demo.sh: the build failed; all of its output is in build/demo/build.log" >&2
   exit 1

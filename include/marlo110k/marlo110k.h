@@ -17,6 +17,7 @@
 #include "marlo110k/contract/window.h"
 #include "marlo110k/cpu.h"
 #include "marlo110k/dib.h"
+#include "marlo110k/dib_composite.h"
 #include "marlo110k/dib_copy.h"
 #include "marlo110k/dib_scale.h"
 #include "marlo110k/displist.h"

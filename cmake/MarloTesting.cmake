@@ -7,6 +7,9 @@ set(MARLO_FUZZ_LIST ${CMAKE_BINARY_DIR}/marlo_fuzz_targets.txt)
 file(WRITE ${MARLO_BENCH_LIST} "")
 file(WRITE ${MARLO_FUZZ_LIST} "")
 
+# What the thread sanitizer's run needs to build.
+add_custom_target(thread_tests)
+
 # marlo_discover_tests(NAME [label]): makes each test of a GoogleTest program one of ctest's. Label "threads"
 # puts it into the thread sanitizer's suite, "slow" out of the sanitizer suites.
 function(marlo_discover_tests name)
@@ -21,6 +24,9 @@ function(marlo_discover_tests name)
   endif()
   if(ARGC GREATER 1)
     list(APPEND properties LABELS ${ARGN})
+  endif()
+  if("threads" IN_LIST ARGN)
+    add_dependencies(thread_tests ${name})
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()

@@ -235,8 +235,10 @@ HRESULT ZrAudio_ResampleReset(tZRRESAMPLEINSTANCE* instance, uint32_t sampleType
   if (instance == nullptr) return E_INVALIDARG;
   const int64_t source = srcRate > 0 ? srcRate : instance->srcRate;
   const int64_t dest = dstRate > 0 ? dstRate : instance->dstRate;
-  return ApplyOrClose(instance, {sampleType, channels, source, dest,
-                                 static_cast<double>(dest) / static_cast<double>(source), clear != 0});
+  // Without a rate the ratio stays as it is: one given freely isn't quite the quotient of its rates.
+  const bool changes = srcRate > 0 || dstRate > 0;
+  const double ratio = changes ? static_cast<double>(dest) / static_cast<double>(source) : 0;
+  return ApplyOrClose(instance, {sampleType, channels, source, dest, ratio, clear != 0});
 }
 
 HRESULT ZrAudio_ResampleResetEx(tZRRESAMPLEINSTANCE* instance, uint32_t sampleType, double ratio, int32_t channels,
@@ -330,7 +332,7 @@ int64_t ZrAudio_ResampleStupid(tZRRESAMPLEINSTANCE* instance, void* dest, int64_
                                int64_t sourceFrames) noexcept {
   if (instance == nullptr || source == nullptr || sourceFrames <= 0 || destFrames < 0) return 0;
   tZRRESAMPLEINSTANCE& state = *instance;
-  if (state.sampleType == ZRSAMPLETYPE_PCM8SIGNED || state.sampleType > ZRSAMPLETYPE_PCM8SIGNED) return -1;
+  if (state.sampleType >= ZRSAMPLETYPE_PCM8SIGNED) return -1;
   double kept[kMaxResampleChannels] = {};
   ReadFrame(state.sampleType, state.channels, source, sourceFrames - 1, kept);
   if (destFrames > 0 && dest != nullptr) {

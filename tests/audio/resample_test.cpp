@@ -271,6 +271,17 @@ TEST(ResampleReset, ChangesInFlight) {
   EXPECT_EQ(intsOut[50], 100);
 }
 
+TEST(ResampleReset, WithoutARateLeavesAFreeRatioAlone) {
+  tZRRESAMPLEINSTANCE* opened = nullptr;
+  // No quotient of 31-bit rates is this ratio, so a quotient put in its place would be a change.
+  ASSERT_EQ(ZrAudio_ResampleOpenEx(&opened, ZRSAMPLETYPE_FLOAT32, 1, std::numbers::pi * 1e-5, 1), S_OK);
+  const Instance instance(opened);
+  std::vector<float> source(100), out(200);
+  ZrAudio_ResampleEx(instance.get(), out.data(), source.data(), 100);
+  ASSERT_EQ(ZrAudio_ResampleReset(instance.get(), 0, 0, 0, 0, 0), S_OK);
+  EXPECT_EQ(ZrAudio_ResampleGetSrcPos(instance.get()), 100);  // A change would have zeroed it.
+}
+
 TEST(ResampleStupid, StretchesToTheGivenSize) {
   for (const uint32_t type : {ZRSAMPLETYPE_FLOAT64}) {
     const Instance instance = Open(type, 1, 1, 1, 0);

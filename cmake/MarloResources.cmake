@@ -10,12 +10,17 @@ find_program(MARLO_RESOURCE_COMPILER NAMES llvm-rc-14 llvm-rc-16 llvm-rc-15 llvm
 function(marlo_add_resources target script)
   get_filename_component(script ${script} ABSOLUTE)
   get_filename_component(name ${script} NAME_WE)
+  get_filename_component(folder ${script} DIRECTORY)
+  get_filename_component(file ${script} NAME)
   set(compiled ${CMAKE_CURRENT_BINARY_DIR}/${name}.res)
   set(assembly ${CMAKE_CURRENT_BINARY_DIR}/${name}_resources.S)
+  # The compiler takes a path that begins like one of its options ("/check/..." is "/C heck/...") for that option, so
+  # it gets the script by its bare name.
   add_custom_command(
     OUTPUT ${compiled}
-    COMMAND ${MARLO_RESOURCE_COMPILER} /no-preprocess /C 65001 /FO ${compiled} ${script}
+    COMMAND ${MARLO_RESOURCE_COMPILER} /no-preprocess /C 65001 /FO ${compiled} ${file}
     DEPENDS ${script}
+    WORKING_DIRECTORY ${folder}
     COMMENT "Resources ${name}"
     VERBATIM)
   file(CONFIGURE OUTPUT ${assembly} @ONLY CONTENT [[

@@ -45,7 +45,7 @@ constexpr char kHelp[] =
     "                  default. It delays by a few frames; nothing else does, and no frame is lost.\n"
     "  --json          tell what was written as JSON\n"
     "\n"
-    "examples:\n"
+    "example:\n"
     "  marlo convert talk-48k.wav talk-44k.wav --rate 44100\n"
     "  marlo convert field.w64 field.wav --type pcm24 --channels 1,0 --gain -3\n";
 

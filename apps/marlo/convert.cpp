@@ -71,10 +71,12 @@ std::optional<RateChoice> RateOf(const Arguments& arguments) {
   }
   const std::optional<uint64_t> rate = ParseCount(*rateText);
   if (!rate || *rate == 0 || *rate > kMostRate) throw UsageError("\"" + *rateText + "\" is no rate from 1 to 1000000.");
-  const ResamplerKind* kind = ResamplerOfName(kindText ? *kindText : "2-sinc");
-  if (!kind) throw UsageError("\"" + *kindText + "\" is no resampler; see --help for their names.");
-  const std::optional<uint64_t> filter = filterText ? ParseCount(*filterText) : kind->takesFilter ? 2 : 0;
-  if (!filter || *filter > 3) throw UsageError("\"" + *filterText + "\" is no filter from 0 to 3.");
+  const std::string kindName = kindText ? *kindText : "2-sinc";
+  const ResamplerKind* kind = ResamplerOfName(kindName);
+  if (!kind) throw UsageError("\"" + kindName + "\" is no resampler; see --help for their names.");
+  const std::string filterName = filterText ? *filterText : kind->takesFilter ? "2" : "0";
+  const std::optional<uint64_t> filter = ParseCount(filterName);
+  if (!filter || *filter > 3) throw UsageError("\"" + filterName + "\" is no filter from 0 to 3.");
   if (*filter != 0 && !kind->takesFilter) throw UsageError("The resampler linear has no filter.");
   return RateChoice{static_cast<uint32_t>(*rate), kind, static_cast<uint32_t>(*filter)};
 }

@@ -18,7 +18,7 @@ constexpr double kReads = 10000;
 std::vector<uint32_t> RandomIds() {
   std::mt19937 engine(1);
   std::vector<uint32_t> ids(static_cast<size_t>(kReads));
-  for (uint32_t& id : ids) id = 1 + engine() % kStrings;
+  for (uint32_t& id : ids) id = 1 + static_cast<uint32_t>(engine() % kStrings);
   return ids;
 }
 

@@ -97,6 +97,27 @@ ZR_API int32_t ZrLang_GetLangllCC(HZRLANG language, char16_t* buffer, uint32_t s
 /// Stores the process's language word, at most three characters; null or an empty text means "ENU". [settled state]
 ZR_API void ZrSetLangID(const char16_t* text) noexcept;
 
+// ---- The user's choice: any thread -----------------------------------------------------------------
+//
+// It stands as number "ULangID" in the settings key Software\\COMPANY\\PRODUCT\\MAJOR.MINOR\\Lang, or in
+// Software\\COMPANY\\PRODUCT\\Lang without a version. The version is a word as ZrKernel_GetVersion gives; one below
+// 1.0 counts as none. The user's settings are asked first, then the machine's. While the library has no settings
+// store, nothing is found and nothing is stored.
+
+/// Reads the choice of a product of "Orlu Works". @param lcid written only when a value was read.
+/// @param withoutVersion non-zero leaves the version out. @return 1 when a value was read, else 0.
+ZR_API int32_t ZrLang_LoadUserLCIDMetric(const char16_t* product, uint32_t version, uint32_t* lcid,
+                                         int32_t withoutVersion) noexcept;
+/// The same for any company.
+ZR_API int32_t ZrLang_LoadUserLCIDMetricAppReg(const char16_t* product, uint32_t version, uint32_t* lcid,
+                                               const char16_t* company) noexcept;
+/// Stores the choice in the user's settings. @return 1 when it was stored, else 0.
+ZR_API int32_t ZrLang_SaveUserLCIDMetric(const char16_t* product, uint32_t version, uint32_t lcid,
+                                         int32_t withoutVersion) noexcept;
+/// The same for any company.
+ZR_API int32_t ZrLang_SaveUserLCIDMetricAppReg(const char16_t* product, uint32_t version, uint32_t lcid,
+                                               const char16_t* company) noexcept;
+
 // ---- Strings ---------------------------------------------------------------------------------------
 
 /// True when `pointer` is a descriptor's address: at least 0x10000, divisible by 4, with the magic in front. It must

@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <map>
 #include <string>
 
 #include "kernel/language.h"
+#include "kernel/language_settings.h"
 #include "kernel/strings.h"
 #include "lang_module_files.h"
 #include "marlo110k/kernel.h"
@@ -196,6 +198,41 @@ TEST(LanguageRing, GoesRound) {
   EXPECT_LT(std::strlen(narrow), 4096U);
   EXPECT_EQ(start, ZrGetWideFromPrintString(language, start));
   ZrLang_Close(language);
+}
+
+using marlo::SettingsRoot;
+std::map<std::pair<SettingsRoot, Text16>, uint32_t> stored;
+
+TEST(LanguageSettings, KeysAndRoots) {
+  constexpr marlo::NumberStore kStore = {
+      [](SettingsRoot root, const char16_t* key, const char16_t* name, uint32_t* number) {
+        const auto found = stored.find({root, Text16(key) + u":" + name});
+        if (found != stored.end()) *number = found->second;
+        return found != stored.end();
+      },
+      [](SettingsRoot root, const char16_t* key, const char16_t* name, uint32_t number) {
+        stored[{root, Text16(key) + u":" + name}] = number;
+        return true;
+      }};
+  uint32_t lcid = 7;
+  EXPECT_EQ(0, ZrLang_SaveUserLCIDMetric(u"P", 0x0B0102BD, 0x407, 0)) << "no store yet";
+  marlo::SetLanguageStore(&kStore);
+  EXPECT_EQ(1, ZrLang_SaveUserLCIDMetric(u"P", 0x0B0102BD, 0x407, 0));
+  EXPECT_EQ(1, ZrLang_SaveUserLCIDMetric(u"P", 0x0B0102BD, 0x40C, 1));
+  EXPECT_EQ(1, ZrLang_SaveUserLCIDMetricAppReg(u"P", 0x00FF0000, 0x411, u"C"));
+  const decltype(stored) expected = {{{SettingsRoot::kUser, u"Software\\Orlu Works\\P\\11.1\\Lang:ULangID"}, 0x407},
+                                     {{SettingsRoot::kUser, u"Software\\Orlu Works\\P\\Lang:ULangID"}, 0x40C},
+                                     {{SettingsRoot::kUser, u"Software\\C\\P\\Lang:ULangID"}, 0x411}};
+  EXPECT_EQ(expected, stored);
+  EXPECT_EQ(0, ZrLang_LoadUserLCIDMetric(u"Q", 0, &lcid, 0));
+  EXPECT_EQ(7U, lcid);
+  stored[{SettingsRoot::kMachine, u"Software\\Orlu Works\\Q\\Lang:ULangID"}] = 0x410;
+  stored[{SettingsRoot::kMachine, u"Software\\C\\P\\Lang:ULangID"}] = 0x410;
+  EXPECT_EQ(1, ZrLang_LoadUserLCIDMetric(u"Q", 0, &lcid, 0));
+  EXPECT_EQ(0x410U, lcid);
+  EXPECT_EQ(1, ZrLang_LoadUserLCIDMetricAppReg(u"P", 0, &lcid, u"C"));
+  EXPECT_EQ(0x411U, lcid) << "the user's before the machine's";
+  marlo::SetLanguageStore(nullptr);
 }
 
 TEST(LanguageCharsets, Detection) {

@@ -41,9 +41,10 @@ void FindLanguageModule(ZrLanguage* language) noexcept {
 
 void ReleaseLanguageModule(ZrLanguage* language) noexcept {
   plat::Module* const module = language->languageModule.exchange(language->mainModule, kRelaxed);
+  // Also those of a caller's module, which may be unloaded and give its address to another one.
+  ForgetStringTables(module);
   if (!language->ownsLanguageModule) return;
   language->ownsLanguageModule = false;
-  ForgetStringTables(module);
   plat::UnloadModule(module);
 }
 

@@ -10,6 +10,7 @@
 
 #include "kernel/language.h"
 #include "kernel/language_settings.h"
+#include "kernel/string_tables.h"
 #include "kernel/strings.h"
 #include "lang_module_files.h"
 #include "marlo110k/kernel.h"
@@ -46,14 +47,13 @@ TEST(LanguageNumbers, NamesOfTheHandlesLanguage) {
   struct {
     uint32_t lcid;
     const char16_t *abbreviation, *pair, *name;
-  } const rows[] = {{0x0C07, u"DEU", u"de-DE", u"Ann Lee"},
-                    {0x0411, u"JPN", u"ja-JP", u"Lee Ann"},
-                    {0x0C04, u"CHT", u"", u"Ann Lee"},
-                    {0x0816, u"PTG", u"", u"Ann Lee"},
-                    {0x0436, u"", u"", u"Ann Lee"}};
+  } const rows[] = {{0x0C07, u"DEU", u"de-DE", u"Ann Lee"}, {0x0411, u"JPN", u"ja-JP", u"Lee Ann"},
+                    {0x0C04, u"CHT", u"", u"Ann Lee"},      {0x0816, u"PTG", u"", u"Ann Lee"},
+                    {0x0436, u"", u"", u"Ann Lee"},         {0x040D, u"HEB", u"", u"Ann Lee"}};
   for (const auto& row : rows) {
     char16_t text[16] = u"?";
     ZrLang_UpdateKernelLCID(files.Language(), row.lcid);
+    EXPECT_EQ(row.lcid == 0x040D, marlo::IsProcessMirrored());
     EXPECT_EQ(*row.abbreviation != 0 ? 1 : 0, ZrLang_GetLangAbbrev(files.Language(), text, 16));
     EXPECT_EQ(Text16(row.abbreviation), text);
     EXPECT_EQ(*row.pair != 0 ? 0 : 1, ZrLang_GetLangllCC(files.Language(), text, 16));
@@ -128,6 +128,24 @@ TEST(LanguageStrings, WithoutALanguageModule) {
   ZrLang_UpdateKernelLCID(files.Language(), 0x407);
   EXPECT_EQ(u"Open", Load(files.Language(), 1));
   EXPECT_EQ(files.Main(), ZrLang_InstFromLang(files.Language()));
+}
+
+// With no language asked for, the thread's own is taken.
+TEST(LanguageStrings, ByTheThreadsLanguage) {
+  LanguageFiles files;
+  ZrLang_UpdateKernelLCID(files.Language(), 0x411);
+  plat::Module* const module = ZrLang_InstFromLang(files.Language());
+  char16_t text[16];
+  ZrLang_UpdateThreadLocale(files.Language());
+  EXPECT_EQ(2, marlo::LoadTableString(module, 1, 0, text, 16));
+  EXPECT_EQ(Text16(u"\u958B\u304F"), text);
+  ZrLang_UpdateThreadLocale(nullptr);
+  EXPECT_EQ(6, marlo::LoadTableString(module, 1, 0, text, 16)) << "the first of the module";
+  // A module that the caller brings serves both handles.
+  ZrLang_ChangeLangInst(files.Language(), files.Main());
+  EXPECT_EQ(files.Main(), ZrLang_InstFromLang(marlo::KernelLanguage()));
+  EXPECT_EQ(u"Open", Load(files.Language(), 1));
+  ZrLang_ChangeLangInst(files.Language(), ZrKernel_GetAppKernel());
 }
 
 // A cut string counts as many characters as the buffer has, one more than it holds.

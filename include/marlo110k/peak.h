@@ -27,7 +27,7 @@ static_assert(sizeof(tZRAUDIOPEAK_SAMPLESMINMAX) == 512);
 /// Where the samples come from. Slots in this order; a caller may bring its own.
 class CZrAudioPeakStreamReader {
  public:
-  /// Slot 0. Ends the reader; with bit 0 of `flags` also frees it. @return the object.
+  /// Slot 0. Ends the reader; with bit 0 of `flags` also frees it. @return the object, null when it is freed.
   virtual void* DeleteSelf(uint32_t flags) = 0;
   /// Makes reads possible. @return S_OK or ZR_E_FILE_OPEN.
   virtual HRESULT Open() = 0;

@@ -61,9 +61,9 @@ CZrAudioPeakWaveFileReader::CZrAudioPeakWaveFileReader(const char16_t* path) noe
 void* CZrAudioPeakWaveFileReader::DeleteSelf(uint32_t flags) {
   if ((flags & 1) != 0) {
     delete this;
-  } else {
-    Close();
+    return nullptr;
   }
+  Close();
   return this;
 }
 
@@ -125,8 +125,9 @@ CZrAudioPeakWaveMemReader::CZrAudioPeakWaveMemReader(const WAVEFORMATEX* format,
 }
 
 void* CZrAudioPeakWaveMemReader::DeleteSelf(uint32_t flags) {
-  if ((flags & 1) != 0) delete this;
-  return this;
+  if ((flags & 1) == 0) return this;
+  delete this;
+  return nullptr;
 }
 
 HRESULT CZrAudioPeakWaveMemReader::Read(int64_t position, uint32_t /*limit*/, void* buffer, uint32_t frames,

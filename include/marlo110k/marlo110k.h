@@ -33,6 +33,7 @@
 #include "marlo110k/log.h"
 #include "marlo110k/mriff.h"
 #include "marlo110k/os.h"
+#include "marlo110k/peak.h"
 #include "marlo110k/platform/event.h"
 #include "marlo110k/platform/file.h"
 #include "marlo110k/platform/lock.h"

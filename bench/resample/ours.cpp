@@ -125,6 +125,9 @@ int main() {
 #ifdef MARLO_BENCH_SPEEX
   AddSpeexPeers(&peers);
 #endif
+#ifdef MARLO_BENCH_SWRESAMPLE
+  AddSwresamplePeers(&peers);
+#endif
   std::printf("quality, 44,100 to 48,000 (alias: 23 kHz, 48,000 to 44,100)\n");
   std::vector<NamedResampler> all = ours;
   all.insert(all.end(), peers.begin(), peers.end());

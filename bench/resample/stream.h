@@ -28,5 +28,6 @@ void AddSampleratePeers(std::vector<NamedResampler>* peers);
 void AddZitaPeers(std::vector<NamedResampler>* peers);
 void AddSoxrPeers(std::vector<NamedResampler>* peers);
 void AddSpeexPeers(std::vector<NamedResampler>* peers);
+void AddSwresamplePeers(std::vector<NamedResampler>* peers);
 
 }  // namespace bench

@@ -36,6 +36,7 @@
 #include "marlo110k/platform/event.h"
 #include "marlo110k/platform/file.h"
 #include "marlo110k/platform/lock.h"
+#include "marlo110k/platform/wave.h"
 #include "marlo110k/printf.h"
 #include "marlo110k/queue.h"
 #include "marlo110k/resample.h"

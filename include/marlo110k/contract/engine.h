@@ -349,20 +349,7 @@ struct ZRMIXBLOCK {
 };
 static_assert(sizeof(ZRMIXBLOCK) == 200);
 
-// ---- Devices and MIDI ------------------------------------------------------------------------------
-
-/// A buffer of a wave device.
-struct WAVEHDR {
-  void* lpData;
-  uint32_t dwBufferLength;
-  uint32_t dwBytesRecorded;
-  uint64_t dwUser;
-  uint32_t dwFlags;
-  uint32_t dwLoops;
-  WAVEHDR* lpNext;
-  uint64_t reserved;
-};
-static_assert(sizeof(WAVEHDR) == 48 && offsetof(WAVEHDR, dwUser) == 16 && offsetof(WAVEHDR, lpNext) == 32);
+// ---- MIDI ---------------------------------------------------------------------------------------
 
 /// Head of an event in a MIDI stream buffer; a long event's bytes follow, padded to 4.
 struct ZRMIDISTREAMEVENT {

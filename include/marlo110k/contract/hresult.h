@@ -52,4 +52,5 @@ inline constexpr HRESULT ZR_E_EMPTY_CHUNK = ZrCode(0x8004E082);
 inline constexpr HRESULT ZR_E_BAD_STREAM = ZrCode(0x8004E083);
 inline constexpr HRESULT ZR_E_ENGINE = ZrCode(0x8004E0A2);
 inline constexpr HRESULT ZR_E_ALREADY_EXISTS = ZrCode(0x8004E170);
+inline constexpr HRESULT ZR_E_NO_CODEPAGE = ZrCode(0x8004E1FD);
 inline constexpr HRESULT ZR_S_NO_CHANGE = 0x0004E001;

@@ -51,3 +51,23 @@ static_assert(offsetof(WAVEFORMATEXTENSIBLE, SubFormat) == 24);
 /// Bytes 2 to 15 of every standard SubFormat; the first two hold the format tag.
 inline constexpr uint8_t kWaveSubFormatBase[14] = {0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80,
                                                    0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
+
+/// Flags of a WAVEHDR.
+enum WAVEHDR_FLAGS : uint32_t {
+  WHDR_DONE = 1,      ///< The device has given the buffer back.
+  WHDR_PREPARED = 2,  ///< Known to the device.
+  WHDR_INQUEUE = 16,  ///< With the device.
+};
+
+/// A buffer of a wave device.
+struct WAVEHDR {
+  void* lpData;
+  uint32_t dwBufferLength;
+  uint32_t dwBytesRecorded;
+  uint64_t dwUser;
+  uint32_t dwFlags;
+  uint32_t dwLoops;
+  WAVEHDR* lpNext;
+  uint64_t reserved;
+};
+static_assert(sizeof(WAVEHDR) == 48 && offsetof(WAVEHDR, dwUser) == 16 && offsetof(WAVEHDR, lpNext) == 32);

@@ -100,52 +100,64 @@ MARLO_AVX2 void FromPlanes(uint8_t* pixels, const uint8_t* luma, const uint8_t* 
   kYuvRowsPlain.fromPlanes(pixels, luma, u, v, pairs, matrix);
 }
 
-/// Coefficients of blue, green, red and a zero for alpha, twice in every 128 bits.
-MARLO_AVX2 __m256i Row(const int16_t (&row)[3]) {
-  return _mm256_set1_epi64x(static_cast<int64_t>(static_cast<uint64_t>(static_cast<uint16_t>(row[0])) |
-                                                 static_cast<uint64_t>(static_cast<uint16_t>(row[1])) << 16 |
-                                                 static_cast<uint64_t>(static_cast<uint16_t>(row[2])) << 32));
-}
+/// Pixels as words: blue and red in one register, green and a word that counts for nothing in the other, so that a
+/// dot product of each pixel is two multiplications and no shuffle.
+struct Channels {
+  __m256i blueRed, green;
+  MARLO_AVX2 explicit Channels(__m256i pixels)
+      : blueRed(_mm256_and_si256(pixels, _mm256_set1_epi16(255))), green(_mm256_srli_epi16(pixels, 8)) {}
+  MARLO_AVX2 Channels(const Channels& one, const Channels& other)
+      : blueRed(_mm256_add_epi16(one.blueRed, other.blueRed)), green(_mm256_add_epi16(one.green, other.green)) {}
+};
 
-/// Dot products of eight pixels, in the order 0 1 2 3 and 4 5 6 7 of the halves.
-MARLO_AVX2 __m256i LumaDots(__m256i pixels, __m256i row) {
-  const __m256i zero = _mm256_setzero_si256();
-  return _mm256_hadd_epi32(_mm256_madd_epi16(_mm256_unpacklo_epi8(pixels, zero), row),
-                           _mm256_madd_epi16(_mm256_unpackhi_epi8(pixels, zero), row));
-}
+struct Row {
+  __m256i blueRed, green;
+  MARLO_AVX2 explicit Row(const int16_t (&row)[3]) : blueRed(WordPairs(row[0], row[2])), green(WordPairs(row[1], 0)) {}
+  MARLO_AVX2 __m256i Dot(const Channels& channels) const {
+    return _mm256_add_epi32(_mm256_madd_epi16(channels.blueRed, blueRed), _mm256_madd_epi16(channels.green, green));
+  }
+};
 
-/// Sums of the channels of each pair in words: four pairs, two in each half.
-MARLO_AVX2 __m256i PairSums(__m256i pixels) {
-  const __m256i beside = _mm256_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15, 0, 4, 1, 5, 2, 6, 3, 7,
-                                          8, 12, 9, 13, 10, 14, 11, 15);
-  return _mm256_maddubs_epi16(_mm256_shuffle_epi8(pixels, beside), _mm256_set1_epi8(1));
+/// The left and the right pixels of eight pairs, which stand in the order 0 1 4 5 and 2 3 6 7.
+struct Pairs {
+  Channels left, right;
+  MARLO_AVX2 explicit Pairs(const uint8_t* pixels) : Pairs(Load256(pixels), Load256(pixels + 32)) {}
+  MARLO_AVX2 Channels Sum() const { return {left, right}; }
+
+ private:
+  MARLO_AVX2 Pairs(__m256i first, __m256i second) : left(Pick<0x88>(first, second)), right(Pick<0xDD>(first, second)) {}
+  template <int kLanes>
+  MARLO_AVX2 static __m256i Pick(__m256i first, __m256i second) {
+    return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(first), _mm256_castsi256_ps(second), kLanes));
+  }
+};
+/// Back to the order of the picture, two pairs' 64 bits at a time.
+MARLO_AVX2 __m256i InOrder(__m256i pairs) { return _mm256_permute4x64_epi64(pairs, _MM_SHUFFLE(3, 1, 2, 0)); }
+
+/// Low words of both, side by side.
+MARLO_AVX2 __m256i Beside(__m256i low, __m256i high) {
+  return _mm256_blend_epi16(low, _mm256_slli_epi32(high, 16), 0xAA);
+}
+/// Words within 1 to 254. Codes reach 256 and fall below 0 before, so bytes wouldn't hold them.
+MARLO_AVX2 __m256i ClampedCodes(__m256i words) {
+  return _mm256_min_epi16(_mm256_max_epi16(words, _mm256_set1_epi16(1)), _mm256_set1_epi16(254));
 }
 
 constexpr int32_t kEncodePairs = 8;
 
 MARLO_AVX2 void ToUyvy(uint8_t* packed, const uint8_t* pixels, int32_t pairs, const PackedEncodeMatrix& matrix) {
-  const __m256i lumaRow = Row(matrix.luma), uRow = Row(matrix.u), vRow = Row(matrix.v);
+  const Row lumaRow(matrix.luma), uRow(matrix.u), vRow(matrix.v);
   const __m256i half = _mm256_set1_epi32(2048);
   const __m256i center = _mm256_set1_epi32((128 << 12) + 2048);
   for (; pairs >= kEncodePairs; pairs -= kEncodePairs, pixels += 64, packed += 32) {
-    const __m256i left = Load256(pixels);
-    const __m256i right = Load256(pixels + 32);
-    // Words of pixels 0-3 8-11 and 4-7 12-15; pairs come out in the same order.
-    const __m256i luma = _mm256_packs_epi32(_mm256_srai_epi32(_mm256_add_epi32(LumaDots(left, lumaRow), half), 12),
-                                            _mm256_srai_epi32(_mm256_add_epi32(LumaDots(right, lumaRow), half), 12));
-    const __m256i leftSums = PairSums(left);
-    const __m256i rightSums = PairSums(right);
-    const __m256i u = _mm256_hadd_epi32(_mm256_madd_epi16(leftSums, uRow), _mm256_madd_epi16(rightSums, uRow));
-    const __m256i v = _mm256_hadd_epi32(_mm256_madd_epi16(leftSums, vRow), _mm256_madd_epi16(rightSums, vRow));
-    const __m256i uCodes = _mm256_srai_epi32(_mm256_add_epi32(u, center), 12);
-    const __m256i vCodes = _mm256_srai_epi32(_mm256_add_epi32(v, center), 12);
-    // A pair's U and V side by side as words. Codes may be 256 or below 0 before the clamp, so words it must be.
-    const __m256i chroma = _mm256_blend_epi16(uCodes, _mm256_slli_epi32(vCodes, 16), 0xAA);
-    const __m256i low = _mm256_set1_epi16(1), high = _mm256_set1_epi16(254);
-    const __m256i clampedChroma = _mm256_min_epi16(_mm256_max_epi16(chroma, low), high);
-    const __m256i clampedLuma = _mm256_min_epi16(_mm256_max_epi16(luma, low), high);
-    const __m256i samples = _mm256_or_si256(clampedChroma, _mm256_slli_epi16(clampedLuma, 8));
-    Store256(packed, _mm256_permute4x64_epi64(samples, _MM_SHUFFLE(3, 1, 2, 0)));
+    const Pairs both(pixels);
+    const Channels sum = both.Sum();
+    const __m256i left = _mm256_srai_epi32(_mm256_add_epi32(lumaRow.Dot(both.left), half), 12);
+    const __m256i right = _mm256_srai_epi32(_mm256_add_epi32(lumaRow.Dot(both.right), half), 12);
+    const __m256i u = _mm256_srai_epi32(_mm256_add_epi32(uRow.Dot(sum), center), 12);
+    const __m256i v = _mm256_srai_epi32(_mm256_add_epi32(vRow.Dot(sum), center), 12);
+    const __m256i luma = ClampedCodes(Beside(left, right));
+    Store256(packed, InOrder(_mm256_or_si256(ClampedCodes(Beside(u, v)), _mm256_slli_epi16(luma, 8))));
   }
   kYuvRowsPlain.toUyvy(packed, pixels, pairs, matrix);
 }
@@ -177,17 +189,16 @@ MARLO_AVX2 __m256i WholeCodes(__m256i exact) {
 
 MARLO_AVX2 void Dither8Luma(uint16_t* codes, const uint8_t* pixels, int32_t count, const DecimalMatrix& matrix,
                             int32_t y) {
-  const __m256i row = Row(matrix.luma);
+  const Row row(matrix.luma);
   const uint8_t(&steps)[4] = kDitherMatrix[y & 3];
   constexpr int32_t kStep = kDecimalOne / 16;
   const __m256i dither = _mm256_setr_epi32(steps[0] * kStep, steps[1] * kStep, steps[2] * kStep, steps[3] * kStep,
                                            steps[0] * kStep, steps[1] * kStep, steps[2] * kStep, steps[3] * kStep);
   int32_t x = 0;
   for (; x + 16 <= count; x += 16, pixels += 64) {
-    const __m256i left = WholeCodes(_mm256_add_epi32(LumaDots(Load256(pixels), row), dither));
-    const __m256i right = WholeCodes(_mm256_add_epi32(LumaDots(Load256(pixels + 32), row), dither));
-    const __m256i words = _mm256_permute4x64_epi64(_mm256_packs_epi32(left, right), _MM_SHUFFLE(3, 1, 2, 0));
-    Store256(codes + x, _mm256_min_epi16(_mm256_max_epi16(words, _mm256_set1_epi16(1)), _mm256_set1_epi16(254)));
+    const __m256i left = WholeCodes(_mm256_add_epi32(row.Dot(Channels(Load256(pixels))), dither));
+    const __m256i right = WholeCodes(_mm256_add_epi32(row.Dot(Channels(Load256(pixels + 32))), dither));
+    Store256(codes + x, ClampedCodes(InOrder(_mm256_packs_epi32(left, right))));
   }
   kYuvRowsPlain.dither8Luma(codes + x, pixels, count - x, matrix, y);
 }
@@ -199,30 +210,24 @@ MARLO_AVX2 __m128i ChromaCodes(__m128i dots, __m256d gain, __m256d base) {
 }
 
 MARLO_AVX2 void StoreChroma(uint16_t* to, __m256i dots, __m256d gain, __m256d base) {
-  // Dots of pairs 0 1 4 5 and 2 3 6 7.
-  const __m256i ordered = _mm256_permute4x64_epi64(dots, _MM_SHUFFLE(3, 1, 2, 0));
+  const __m256i ordered = InOrder(dots);
   Store128(to, _mm_packs_epi32(ChromaCodes(_mm256_castsi256_si128(ordered), gain, base),
                                ChromaCodes(_mm256_extracti128_si256(ordered, 1), gain, base)));
 }
 
 MARLO_AVX2 void Dither8Chroma(uint16_t* u, uint16_t* v, const uint8_t* first, const uint8_t* second, int32_t pairs,
                               const DecimalMatrix& matrix, int32_t y) {
-  const __m256i uRow = Row(matrix.u), vRow = Row(matrix.v);
+  const Row uRow(matrix.u), vRow(matrix.v);
   const __m256d gain = _mm256_set1_pd((second ? kByteChromaGain4 : kByteChromaGain2) / kDecimalOne);
   const uint8_t(&steps)[4] = kDitherMatrix[y & 3];
   const __m256d base = _mm256_setr_pd(128.0 + steps[0] / 16.0 + kCodeEpsilon, 128.0 + steps[1] / 16.0 + kCodeEpsilon,
                                       128.0 + steps[2] / 16.0 + kCodeEpsilon, 128.0 + steps[3] / 16.0 + kCodeEpsilon);
   int32_t pair = 0;
   for (; pair + 8 <= pairs; pair += 8) {
-    const uint8_t* const at = first + pair * 8;
-    __m256i left = PairSums(Load256(at));
-    __m256i right = PairSums(Load256(at + 32));
-    if (second) {
-      left = _mm256_add_epi16(left, PairSums(Load256(second + pair * 8)));
-      right = _mm256_add_epi16(right, PairSums(Load256(second + pair * 8 + 32)));
-    }
-    StoreChroma(u + pair, _mm256_hadd_epi32(_mm256_madd_epi16(left, uRow), _mm256_madd_epi16(right, uRow)), gain, base);
-    StoreChroma(v + pair, _mm256_hadd_epi32(_mm256_madd_epi16(left, vRow), _mm256_madd_epi16(right, vRow)), gain, base);
+    Channels sum = Pairs(first + pair * 8).Sum();
+    if (second) sum = Channels(sum, Pairs(second + pair * 8).Sum());
+    StoreChroma(u + pair, uRow.Dot(sum), gain, base);
+    StoreChroma(v + pair, vRow.Dot(sum), gain, base);
   }
   kYuvRowsPlain.dither8Chroma(u + pair, v + pair, first + pair * 8, second ? second + pair * 8 : nullptr, pairs - pair,
                               matrix, y);

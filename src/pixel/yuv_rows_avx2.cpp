@@ -134,9 +134,9 @@ struct Pairs {
 /// Back to the order of the picture, two pairs' 64 bits at a time.
 MARLO_AVX2 __m256i InOrder(__m256i pairs) { return _mm256_permute4x64_epi64(pairs, _MM_SHUFFLE(3, 1, 2, 0)); }
 
-/// Low words of both, side by side.
-MARLO_AVX2 __m256i Beside(__m256i low, __m256i high) {
-  return _mm256_blend_epi16(low, _mm256_slli_epi32(high, 16), 0xAA);
+/// Words of both without their 12 fraction bits, side by side; 28 bits hold every sum.
+MARLO_AVX2 __m256i WholesBeside(__m256i low, __m256i high) {
+  return _mm256_blend_epi16(_mm256_srli_epi32(low, 12), _mm256_slli_epi32(high, 4), 0xAA);
 }
 /// Words within 1 to 254. Codes reach 256 and fall below 0 before, so bytes wouldn't hold them.
 MARLO_AVX2 __m256i ClampedCodes(__m256i words) {
@@ -152,12 +152,12 @@ MARLO_AVX2 void ToUyvy(uint8_t* packed, const uint8_t* pixels, int32_t pairs, co
   for (; pairs >= kEncodePairs; pairs -= kEncodePairs, pixels += 64, packed += 32) {
     const Pairs both(pixels);
     const Channels sum = both.Sum();
-    const __m256i left = _mm256_srai_epi32(_mm256_add_epi32(lumaRow.Dot(both.left), half), 12);
-    const __m256i right = _mm256_srai_epi32(_mm256_add_epi32(lumaRow.Dot(both.right), half), 12);
-    const __m256i u = _mm256_srai_epi32(_mm256_add_epi32(uRow.Dot(sum), center), 12);
-    const __m256i v = _mm256_srai_epi32(_mm256_add_epi32(vRow.Dot(sum), center), 12);
-    const __m256i luma = ClampedCodes(Beside(left, right));
-    Store256(packed, InOrder(_mm256_or_si256(ClampedCodes(Beside(u, v)), _mm256_slli_epi16(luma, 8))));
+    const __m256i left = _mm256_add_epi32(lumaRow.Dot(both.left), half);
+    const __m256i right = _mm256_add_epi32(lumaRow.Dot(both.right), half);
+    const __m256i u = _mm256_add_epi32(uRow.Dot(sum), center);
+    const __m256i v = _mm256_add_epi32(vRow.Dot(sum), center);
+    const __m256i luma = ClampedCodes(WholesBeside(left, right));
+    Store256(packed, InOrder(_mm256_or_si256(ClampedCodes(WholesBeside(u, v)), _mm256_slli_epi16(luma, 8))));
   }
   kYuvRowsPlain.toUyvy(packed, pixels, pairs, matrix);
 }

@@ -75,3 +75,49 @@ ZR_API HRESULT ZrProtectedStream_CreateFromMemory(void* block, uint32_t capacity
 /// The same for blocks of any length.
 ZR_API HRESULT ZrProtectedStream_CreateFromMemory(void* block, uint64_t capacity, uint64_t size,
                                                   IZrProtectedStream** protectedStream) noexcept;
+// ---- Items as streams ------------------------------------------------------------------------------
+
+inline constexpr uint32_t kZrItemStreamVersion = 100;
+
+/// What an item stream starts with.
+struct tZRITEMSTREAMHEADER {
+  uint32_t headerSize;  ///< Of this record: 28.
+  uint32_t version;     ///< kZrItemStreamVersion.
+  uint32_t itemCount;
+  GUID streamType;
+};
+static_assert(sizeof(tZRITEMSTREAMHEADER) == 28 && offsetof(tZRITEMSTREAMHEADER, streamType) == 12);
+
+/// What stands before the data of each item.
+struct tZRSTREAMITEM {
+  uint32_t headerSize;  ///< Of this record: 28.
+  uint32_t version;     ///< kZrItemStreamVersion.
+  GUID itemType;
+  uint32_t dataSize;  ///< Bytes that follow.
+};
+static_assert(sizeof(tZRSTREAMITEM) == 28 && offsetof(tZRSTREAMITEM, dataSize) == 24);
+
+/// Type of an unknown-chunk stream and of each of its items.
+inline constexpr GUID kZrUnknownChunkStream = {
+    0xD907621B, 0xCA0D, 0x40C3, {0xA8, 0x9D, 0x2A, 0x18, 0x2B, 0x5D, 0x20, 0xB7}};
+
+/// A list of ready-made items, each a tZRSTREAMITEM with its data behind it, as one stream.
+/// Fills Read and Seek. Read gives the stream header, with the count that the list has then, and the items; past the
+/// last it gives E_FAIL and the short count, without a list ZR_E_END_OF_STREAM, for no bytes E_INVALIDARG.
+/// Seek: from the start goes to the header and from the end behind the last item, whatever the offset; from the
+/// current place it skips bytes forward once the header was read, ZR_E_END_OF_STREAM when the items end before. The
+/// position told is the index of the item, 0 in the header.
+/// @param list stays the caller's and must outlive the stream; null makes a stream without a list.
+ZR_API HRESULT ZrMetaStream_CreateGeneric(tZRLIST* list, const GUID& streamType, IStream** stream) noexcept;
+
+/// Tells the chunks that need no keeping: non-zero for an id that the caller knows. It may move the file's position.
+using ZRCHUNKFILTER = int32_t (*)(plat::File* file, uint32_t id);
+
+/// The chunks of a RIFF file that `filter` doesn't know, as one stream of items: what a writer needs to carry them
+/// over. An item's data are the chunk's header and bytes; the pad byte of an odd chunk follows without being counted.
+/// Fills Read and Seek. Read gives S_FALSE when the chunks end; ZR_E_FILE_READ when a chunk's data do before their
+/// size; E_FAIL at a chunk of 2 GiB or more and at the 51st that is empty (empty ones are left out); E_INVALIDARG for
+/// no bytes. Seeks from the start and from the end rewind.
+/// @param file open for reading; goes to the stream, which closes it. kInvalidFile gives a header alone.
+/// @return on failure the file stays the caller's.
+ZR_API HRESULT ZrMetaStream_CreateUnknownChunk(plat::File* file, ZRCHUNKFILTER filter, IStream** stream) noexcept;

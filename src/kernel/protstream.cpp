@@ -40,7 +40,7 @@ class ProtectedStream final : public plat::StreamObject<ProtectedStream, IZrProt
     uint32_t taken = 0;
     const HRESULT result = inner_->Write(data, bytes, &taken);
     innerPosition_ = position + taken;
-    if (enabled_ && innerPosition_ > End()) length_ = innerPosition_ - base_;
+    if (enabled_ && taken != 0 && innerPosition_ > End()) length_ = innerPosition_ - base_;
     if (bytesWritten != nullptr) *bytesWritten = taken;
     return result;
   }

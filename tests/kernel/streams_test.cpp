@@ -186,7 +186,7 @@ struct WindowModel {
     count = std::min<int64_t>(count, kCapacity - position);
     bytes.resize(static_cast<size_t>(full ? Size() : std::max(Size(), position + count)));
     for (int64_t i = 0; i < count; ++i) bytes[static_cast<size_t>(position++)] = data[i];
-    if (enabled) length = std::max(length, position - base);
+    if (enabled && count > 0) length = std::max(length, position - base);
     return full ? S_FALSE : S_OK;
   }
   HRESULT Seek(int64_t move, uint32_t origin) {

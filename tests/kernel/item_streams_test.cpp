@@ -122,8 +122,13 @@ TEST_P(ItemStreams, SkipBytesAndTellTheItem) {
   EXPECT_EQ(position, 4u);
   EXPECT_EQ(stream_->Seek(0, STREAM_SEEK_SET, &position), S_OK);
   EXPECT_EQ(position, 0u);
+  ASSERT_EQ(stream_->Read(buffer, header_ + 1, nullptr), S_OK);
+  ZrList_DeleteList(list_, 0, 1, 0);
+  EXPECT_EQ(stream_->Seek(0, STREAM_SEEK_SET, nullptr), S_OK);
+  ASSERT_EQ(stream_->Read(buffer, header_ + 10, nullptr), S_OK);
+  EXPECT_TRUE(std::equal(items_[1].begin(), items_[1].begin() + 10, buffer + header_)) << "the first one is gone";
   EXPECT_EQ(stream_->Seek(-3, STREAM_SEEK_END, &position), S_OK);
-  EXPECT_EQ(position, 4u);
+  EXPECT_EQ(position, 3u);
   uint32_t moved = 9;
   EXPECT_EQ(stream_->Read(buffer, 1, &moved), E_FAIL);
   EXPECT_EQ(moved, 0u);

@@ -24,6 +24,21 @@ HRESULT Slot(void* object, size_t slot, Arguments... arguments) {
   return reinterpret_cast<HRESULT (*)(void*, Arguments...)>(table[slot])(object, arguments...);
 }
 
+struct SeekRow {
+  int64_t move;
+  uint32_t origin;
+  HRESULT result;
+  uint64_t position;
+};
+
+void CheckSeeks(IStream* stream, std::initializer_list<SeekRow> rows) {
+  for (const SeekRow& row : rows) {
+    uint64_t position = 99;
+    EXPECT_EQ(Slot(stream, 5, row.move, row.origin, &position), row.result) << row.move << ' ' << row.origin;
+    EXPECT_EQ(position, row.position) << row.move << ' ' << row.origin;
+  }
+}
+
 TEST(MemoryStream, StaysInItsBlock) {
   const int64_t before = plat::LiveBlocks();
   char block[16];
@@ -37,27 +52,17 @@ TEST(MemoryStream, StaysInItsBlock) {
   EXPECT_EQ(Slot(stream, 3, static_cast<void*>(buffer), uint32_t{1}, &moved), S_FALSE);
   EXPECT_EQ(moved, 0u);
 
-  constexpr struct {
-    int64_t move;
-    uint32_t origin;
-    HRESULT result;
-    uint64_t position;
-  } kSeeks[] = {{12, 0, S_OK, 12},
-                {13, 0, STG_E_INVALIDFUNCTION, 12},
-                {-1, 0, STG_E_INVALIDFUNCTION, 12},
-                {-12, 1, S_OK, 0},
-                {-1, 1, STG_E_INVALIDFUNCTION, 0},
-                {INT64_MIN, 1, STG_E_INVALIDFUNCTION, 0},
-                {1, 2, STG_E_INVALIDFUNCTION, 0},
-                {-5, 2, STG_E_INVALIDFUNCTION, 0},
-                {-1, 2, S_OK, 3},
-                {0, 3, STG_E_INVALIDFUNCTION, 3},
-                {6, 1, S_OK, 9}};
-  for (const auto& row : kSeeks) {
-    uint64_t position = 99;
-    EXPECT_EQ(Slot(stream, 5, row.move, row.origin, &position), row.result) << row.move << ' ' << row.origin;
-    EXPECT_EQ(position, row.position) << row.move << ' ' << row.origin;
-  }
+  CheckSeeks(stream, {{12, 0, S_OK, 12},
+                      {13, 0, STG_E_INVALIDFUNCTION, 12},
+                      {-1, 0, STG_E_INVALIDFUNCTION, 12},
+                      {-12, 1, S_OK, 0},
+                      {-1, 1, STG_E_INVALIDFUNCTION, 0},
+                      {INT64_MIN, 1, STG_E_INVALIDFUNCTION, 0},
+                      {1, 2, STG_E_INVALIDFUNCTION, 0},
+                      {-5, 2, STG_E_INVALIDFUNCTION, 0},
+                      {-1, 2, S_OK, 3},
+                      {0, 3, STG_E_INVALIDFUNCTION, 3},
+                      {6, 1, S_OK, 9}});
   EXPECT_EQ(Slot(stream, 4, static_cast<const void*>("1234"), uint32_t{4}, &moved), S_OK) << "cut";
   EXPECT_EQ(moved, 3u);
   EXPECT_EQ(std::string(block, 16), std::string("abcd\0\0\0\0\0"
@@ -121,23 +126,13 @@ TEST(FileStream, KeepsItsOwnPositionAndTellsFaults) {
   EXPECT_EQ(std::string(buffer, moved), "defgh");
   clone->Release();
 
-  constexpr struct {
-    int64_t move;
-    uint32_t origin;
-    HRESULT result;
-    uint64_t position;
-  } kSeeks[] = {{-1, 0, STG_E_INVALIDFUNCTION, 6},
-                {1, 2, STG_E_INVALIDFUNCTION, 6},
-                {-7, 1, STG_E_INVALIDFUNCTION, 6},
-                {-9, 2, STG_E_INVALIDFUNCTION, 6},
-                {-2, 2, S_OK, 6},
-                {INT64_MAX, 1, STG_E_INVALIDFUNCTION, 6},
-                {20, 0, S_OK, 20}};
-  for (const auto& row : kSeeks) {
-    uint64_t position = 99;
-    EXPECT_EQ(stream->Seek(row.move, row.origin, &position), row.result) << row.move << ' ' << row.origin;
-    EXPECT_EQ(position, row.position) << row.move << ' ' << row.origin;
-  }
+  CheckSeeks(stream, {{-1, 0, STG_E_INVALIDFUNCTION, 6},
+                      {1, 2, STG_E_INVALIDFUNCTION, 6},
+                      {-7, 1, STG_E_INVALIDFUNCTION, 6},
+                      {-9, 2, STG_E_INVALIDFUNCTION, 6},
+                      {-2, 2, S_OK, 6},
+                      {INT64_MAX, 1, STG_E_INVALIDFUNCTION, 6},
+                      {20, 0, S_OK, 20}});
   uint64_t position = 0;
   faults->faults.diskFullAtByte = 22;
   EXPECT_EQ(stream->Write("1234", 4, &moved), ZR_E_DISK_FULL);
@@ -246,7 +241,7 @@ TEST(ProtectedStream, FollowsAModelOfTheWindow) {
         break;
       default: {
         const auto origin = static_cast<uint32_t>(random.Between(0, 3));
-        const int64_t move = origin == 0 ? random.Between(-5, 200) : random.Between(-120, 60);
+        const int64_t move = origin == 0 ? random.Between(-5, 200) : random.Between(-300, 60);
         uint64_t told = 0;
         ASSERT_EQ(stream->Seek(move, origin, &told), model.Seek(move, origin)) << move << ' ' << origin;
         ASSERT_EQ(told, static_cast<uint64_t>(std::max<int64_t>(0, model.position - model.Origin())));

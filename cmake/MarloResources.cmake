@@ -36,3 +36,12 @@ function(marlo_add_resources target script)
   set_source_files_properties(${assembly} TARGET_DIRECTORY ${target} PROPERTIES OBJECT_DEPENDS ${compiled})
   target_sources(${target} PRIVATE ${assembly})
 endfunction()
+
+# marlo_add_language_module(TARGET NAME SCRIPT): builds NAME.LNG from SCRIPT, the language module of a module NAME. It
+# holds resources and no code; put it beside its module.
+function(marlo_add_language_module target name script)
+  add_library(${target} MODULE)
+  set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME ${name} SUFFIX .LNG LINKER_LANGUAGE CXX)
+  target_link_options(${target} PRIVATE -nostdlib)
+  marlo_add_resources(${target} ${script})
+endfunction()

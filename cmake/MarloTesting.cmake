@@ -17,10 +17,11 @@ function(marlo_discover_tests name)
     # The discovery can't carry a list as a property.
     message(FATAL_ERROR "${name}: a test program has one label at most")
   endif()
-  set(properties TIMEOUT 300)
+  # Texts are those of the user's language.
+  set(properties TIMEOUT 300 ENVIRONMENT LC_ALL=C)
   if("slow" IN_LIST ARGN)
     # The exhaustive forms of the nightly run.
-    set(properties TIMEOUT 7200)
+    set(properties TIMEOUT 7200 ENVIRONMENT LC_ALL=C)
   endif()
   if(ARGC GREATER 1)
     list(APPEND properties LABELS ${ARGN})

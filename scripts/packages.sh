@@ -13,6 +13,8 @@ packages_build=(
   libgmock-dev
   libgtest-dev
   libicu-dev
+  libjpeg62-turbo-dev
+  libpng-dev
   llvm-14
   mold
   ninja-build

@@ -59,6 +59,7 @@ done
 
 # ---- Layering and documents ------------------------------------------------------------------------
 scripts/layering.py --self-test || failed=1
+scripts/catalogue.py --self-test || failed=1
 scripts/layering.py || failed=1
 scripts/documents.py || failed=1
 

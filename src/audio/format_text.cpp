@@ -9,49 +9,33 @@
 namespace marlo {
 namespace {
 
-constinit zrlang_t bitText = English(u"%d Bit");
-constinit zrlang_t floatText = English(u"%d Bit (IEEE Float)");
-constinit zrlang_t unpackedText = English(u"24 Bit (Unpacked)");
-constinit zrlang_t signedText = English(u"8 Bit (Signed)");
-constinit zrlang_t bigEndianText = English(u"%d Bit (MAC)");
-constinit zrlang_t rightAlignedText = English(u"%d Bit (RA)");
-constinit zrlang_t channelsText = English(u"%d Channel");
-constinit zrlang_t compressionText = English(u"'%s' Compression");
-constinit zrlang_t unknownText = English(u"Unknown");
-constinit zrlang_t rateText = English(u"$d Hz");
-constinit zrlang_t attributesText = English(u"$d Hz$, %d Bit$, %s");
-constinit zrlang_t floatAttributesText = English(u"$d Hz$, %d Bit (IEEE Float)$, %s");
-constinit zrlang_t pcmTag = English(u"PCM");
-constinit zrlang_t floatTag = English(u"PCM (float)");
-constinit zrlang_t unpackedTag = English(u"PCM (unpacked)");
-constinit zrlang_t signedTag = English(u"PCM (signed)");
-constinit zrlang_t bigEndianTag = English(u"PCM (big endian)");
-constinit zrlang_t bitRateUnits[] = {English(u"bps"), English(u"Kbps"), English(u"Mbps"), English(u"Gbps"),
-                                     English(u"Tbps")};
+// Each step is a thousand of the one before.
+constexpr Text kBitRateUnits[] = {Text::kRateBits, Text::kRateKilobits, Text::kRateMegabits, Text::kRateGigabits,
+                                  Text::kRateTerabits};
 
 /// The texts of one sample type.
 struct SampleTypeText {
   uint32_t sampleType;
-  const zrlang_t* name;  ///< A format for the bits where it has room for them.
-  uint32_t bits;         ///< As the name tells them.
-  uint32_t wordBits;     ///< As the depth tells them.
+  Text name;          ///< A format for the bits where it has room for them.
+  uint32_t bits;      ///< As the name tells them.
+  uint32_t wordBits;  ///< As the depth tells them.
   uint32_t precisionBits;
 };
 
 constexpr SampleTypeText kSampleTypeTexts[] = {
-    {ZRSAMPLETYPE_PCM8, &bitText, 8, 8, 8},
-    {ZRSAMPLETYPE_PCM16, &bitText, 16, 16, 16},
-    {ZRSAMPLETYPE_PCM24, &bitText, 24, 24, 24},
-    {ZRSAMPLETYPE_PCM32, &bitText, 32, 32, 32},
-    {ZRSAMPLETYPE_FLOAT32, &floatText, 32, 32, 24},
-    {ZRSAMPLETYPE_FLOAT64, &floatText, 64, 64, 53},
-    {ZRSAMPLETYPE_PCM24UNPACKED, &unpackedText, 24, 24, 24},
-    {ZRSAMPLETYPE_PCM8SIGNED, &signedText, 8, 8, 8},
-    {ZRSAMPLETYPE_PCM16BE, &bigEndianText, 16, 16, 16},
-    {ZRSAMPLETYPE_PCM24BE, &bigEndianText, 24, 24, 24},
-    {ZRSAMPLETYPE_PCM32BE, &bigEndianText, 32, 32, 32},
-    {ZRSAMPLETYPE_PCM16RA, &rightAlignedText, 16, 32, 16},
-    {ZRSAMPLETYPE_PCM24RA, &rightAlignedText, 24, 32, 24},
+    {ZRSAMPLETYPE_PCM8, Text::kFormatBits, 8, 8, 8},
+    {ZRSAMPLETYPE_PCM16, Text::kFormatBits, 16, 16, 16},
+    {ZRSAMPLETYPE_PCM24, Text::kFormatBits, 24, 24, 24},
+    {ZRSAMPLETYPE_PCM32, Text::kFormatBits, 32, 32, 32},
+    {ZRSAMPLETYPE_FLOAT32, Text::kFormatFloatBits, 32, 32, 24},
+    {ZRSAMPLETYPE_FLOAT64, Text::kFormatFloatBits, 64, 64, 53},
+    {ZRSAMPLETYPE_PCM24UNPACKED, Text::kFormatUnpackedBits, 24, 24, 24},
+    {ZRSAMPLETYPE_PCM8SIGNED, Text::kFormatSignedBits, 8, 8, 8},
+    {ZRSAMPLETYPE_PCM16BE, Text::kFormatBigEndianBits, 16, 16, 16},
+    {ZRSAMPLETYPE_PCM24BE, Text::kFormatBigEndianBits, 24, 24, 24},
+    {ZRSAMPLETYPE_PCM32BE, Text::kFormatBigEndianBits, 32, 32, 32},
+    {ZRSAMPLETYPE_PCM16RA, Text::kFormatRightAlignedBits, 16, 32, 16},
+    {ZRSAMPLETYPE_PCM24RA, Text::kFormatRightAlignedBits, 24, 32, 24},
 };
 
 const SampleTypeText* FindSampleType(uint32_t sampleType) noexcept {
@@ -84,7 +68,7 @@ class TextBuilder {
 
 void AddChannels(TextBuilder* builder, uint32_t channels, uint32_t mask) noexcept {
   const SpeakerName name = FindSpeakerName(channels, mask);
-  if (name.text == nullptr) return builder->Add(KernelText(channelsText), channels);
+  if (name.text == nullptr) return builder->Add(KernelText(Text::kFormatChannels), channels);
   builder->Add(u"%s", name.text);
   if (name.withLfe) builder->Add(u"%s", LfeSuffix());
 }
@@ -107,13 +91,13 @@ void AddBitRate(TextBuilder* builder, uint64_t bitsPerSecond) noexcept {
   constexpr uint64_t kThousand = 1000;
   uint64_t unit = 1;
   size_t name = 0;
-  while (name + 1 < std::size(bitRateUnits) && bitsPerSecond >= 2 * unit * kThousand) {
+  while (name + 1 < std::size(kBitRateUnits) && bitsPerSecond >= 2 * unit * kThousand) {
     unit *= kThousand;
     ++name;
   }
   const auto rounded = static_cast<uint32_t>((bitsPerSecond + unit / 2) / unit);
   const auto tenths = static_cast<uint32_t>((bitsPerSecond * 10 + unit / 2) / unit);
-  const char16_t* unitText = KernelText(bitRateUnits[name]);
+  const char16_t* unitText = KernelText(kBitRateUnits[name]);
   if (name > 0 && rounded < 100 && tenths % 10 != 0) {
     builder->Add(u"%.1z %s", tenths, unitText);
   } else {
@@ -138,7 +122,7 @@ void AddSamples(TextBuilder* builder, const _zrwaveformat& format, uint32_t flag
       ZrAudio_GetSampleTypeText(format.sampleType, text, std::size(text));
     }
   } else if (format.bitsPerSample != 0) {
-    ZrCchPrintF(text, std::size(text), nullptr, KernelText(bitText), uint32_t{format.bitsPerSample});
+    ZrCchPrintF(text, std::size(text), nullptr, KernelText(Text::kFormatBits), uint32_t{format.bitsPerSample});
   } else {
     return;
   }
@@ -168,27 +152,28 @@ void AddFormat(TextBuilder* builder, const _zrwaveformat& format, uint32_t flags
       builder->Add(u"%s", separator);
     }
   }
-  builder->Add(KernelText(rateText), format.samplesPerSec);
+  builder->Add(KernelText(Text::kFormatRate), format.samplesPerSec);
   AddSamples(builder, format, flags, separator);
   builder->Add(u"%s", separator);
   AddChannels(builder, format.channels, format.channelMask);
   AddCompression(builder, format, flags, separator);
 }
 
-const zrlang_t* FindTagText(uint16_t tag) noexcept {
+/// The name of a tag that the library writes itself.
+Text FindTagText(uint16_t tag) noexcept {
   switch (tag) {
     case WAVE_FORMAT_PCM:
-      return &pcmTag;
+      return Text::kFormatPcm;
     case WAVE_FORMAT_IEEE_FLOAT:
-      return &floatTag;
+      return Text::kFormatPcmFloat;
     case ZR_FORMAT_PCM_UNPACKED:
-      return &unpackedTag;
+      return Text::kFormatPcmUnpacked;
     case ZR_FORMAT_PCM_SIGNED:
-      return &signedTag;
+      return Text::kFormatPcmSigned;
     case ZR_FORMAT_PCM_BIG_ENDIAN:
-      return &bigEndianTag;
+      return Text::kFormatPcmBigEndian;
     default:
-      return nullptr;
+      return Text::kFormatUnknown;
   }
 }
 
@@ -197,14 +182,14 @@ const zrlang_t* FindTagText(uint16_t tag) noexcept {
 
 char16_t* ZrAudio_GetSampleTypeText(uint32_t sampleType, char16_t* buffer, uint32_t size) noexcept {
   marlo::TextBuilder builder(buffer, size);
-  if (const auto* row = marlo::FindSampleType(sampleType)) builder.Add(marlo::KernelText(*row->name), row->bits);
+  if (const auto* row = marlo::FindSampleType(sampleType)) builder.Add(marlo::KernelText(row->name), row->bits);
   return builder.Text();
 }
 
 char16_t* ZrAudio_GetBitDepthText(uint32_t sampleType, char16_t* buffer, uint32_t size, int32_t precision) noexcept {
   marlo::TextBuilder builder(buffer, size);
   if (const auto* row = marlo::FindSampleType(sampleType)) {
-    builder.Add(marlo::KernelText(marlo::bitText), precision != 0 ? row->precisionBits : row->wordBits);
+    builder.Add(marlo::KernelText(marlo::Text::kFormatBits), precision != 0 ? row->precisionBits : row->wordBits);
   }
   return builder.Text();
 }
@@ -229,19 +214,19 @@ int32_t ZrAudio_GetCompressionTypeName(uint16_t tag, char16_t* buffer, uint32_t 
   }
   char16_t number[32];
   ZrCchPrintF(number, std::size(number), nullptr, u"0x%d", uint32_t{tag});  // decimal, as hosts know it
-  builder.Add(shortName == 0 ? marlo::KernelText(marlo::compressionText) : u"%s", number);
+  builder.Add(shortName == 0 ? marlo::KernelText(marlo::Text::kFormatCompression) : u"%s", number);
   return 1;
 }
 
 HRESULT ZrAudio_GetTagText(uint16_t tag, char16_t* buffer, uint32_t size) noexcept {
-  const zrlang_t* text = marlo::FindTagText(tag);
-  plat::CopyText(buffer, size, marlo::KernelText(text != nullptr ? *text : marlo::unknownText));
-  return text != nullptr ? S_OK : E_FAIL;
+  const marlo::Text text = marlo::FindTagText(tag);
+  plat::CopyText(buffer, size, marlo::KernelText(text));
+  return text != marlo::Text::kFormatUnknown ? S_OK : E_FAIL;
 }
 
 HRESULT ZrAudio_GetAttribsText(const WAVEFORMATEX* wfx, char16_t* buffer, uint32_t size) noexcept {
   if (wfx == nullptr || ZrAudio_IsCompressed(wfx) != 0) {
-    plat::CopyText(buffer, size, marlo::KernelText(marlo::unknownText));
+    plat::CopyText(buffer, size, marlo::KernelText(marlo::Text::kFormatUnknown));
     return E_FAIL;
   }
   char16_t channels[64];
@@ -249,8 +234,8 @@ HRESULT ZrAudio_GetAttribsText(const WAVEFORMATEX* wfx, char16_t* buffer, uint32
   marlo::AddAttributeChannels(&channelBuilder, wfx);
   const bool isFloat = ZrAudio_GetWaveFormatTag(wfx) == WAVE_FORMAT_IEEE_FLOAT;
   marlo::TextBuilder builder(buffer, size);
-  builder.Add(marlo::KernelText(isFloat ? marlo::floatAttributesText : marlo::attributesText), wfx->nSamplesPerSec,
-              uint32_t{wfx->wBitsPerSample}, channels);
+  builder.Add(marlo::KernelText(isFloat ? marlo::Text::kFormatFloatAttributes : marlo::Text::kFormatAttributes),
+              wfx->nSamplesPerSec, uint32_t{wfx->wBitsPerSample}, channels);
   return S_OK;
 }
 

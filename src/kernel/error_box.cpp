@@ -8,7 +8,6 @@
 namespace marlo {
 namespace {
 
-constinit zrlang_t warningWord = English(u"Warning: ");
 constexpr size_t kWarningCharacters = 50;
 
 /// What a box needs of the error state and its caller, kept beyond the state's clearing.
@@ -32,7 +31,7 @@ uint32_t ZrErrorHandler_MsgBoxText(HZRWINDOW parent, uint32_t flags, const char1
   using namespace marlo;
   FailureTexts texts;
   size_t used = 0;
-  if (warning != 0) used = plat::CopyText(texts.body, kWarningCharacters, KernelText(warningWord));
+  if (warning != 0) used = plat::CopyText(texts.body, kWarningCharacters, KernelText(Text::kBoxWarning));
   plat::CopyText(texts.body + used, std::size(texts.body) - used, text);
   flags &= ~uint32_t{ZRMB_DETAILS};
   const char16_t* details = ZrErrorHandler_DetailsInfo(nullptr, nullptr, nullptr);

@@ -86,7 +86,7 @@ const char16_t* ZrErrorHandler_GetHresultString(HRESULT code) noexcept {
 
 const char16_t* ZrErrorHandler_GetContextString(uintptr_t context) noexcept {
   if (context >= marlo::kFirstTextAddress) return reinterpret_cast<const char16_t*>(context);
-  return marlo::KernelText(marlo::ContextDescriptor(static_cast<uint32_t>(context)));
+  return marlo::KernelText(marlo::ContextText(static_cast<uint32_t>(context)));
 }
 
 const char16_t* ZrErrorHandler_GetErrorMessage(uintptr_t context, HRESULT code, const char16_t* argument) noexcept {
@@ -99,7 +99,7 @@ const char16_t* ZrErrorHandler_GetErrorMessage(uintptr_t context, HRESULT code, 
     marlo::AppendFormatted(used, text, argument);
   } else {
     ZrCchPrintF(message + used, static_cast<uint32_t>(marlo::kMessageCharacters) - used, nullptr,
-                u"\n\nError 0x%08x (message missing)", code);
+                marlo::KernelText(marlo::Text::kBoxMissing), code);
   }
   return message;
 }

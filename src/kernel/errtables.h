@@ -15,6 +15,6 @@ namespace marlo {
 std::span<const _zrerror_table> ErrorTable() noexcept;
 
 /// The text of an operation; an unknown number gets that of operation 0.
-const zrlang_t& ContextDescriptor(uint32_t context) noexcept;
+Text ContextText(uint32_t context) noexcept;
 
 }  // namespace marlo

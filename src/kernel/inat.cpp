@@ -12,11 +12,6 @@
 namespace marlo {
 namespace {
 
-constinit zrlang_t timeCodeLabel = English(u"hr%smn%ssc%sfr");
-constinit zrlang_t timeCodeFullLabel = English(u"hours%sminutes%sseconds%sframes");
-constinit zrlang_t musicTimeLabel = English(u"ms%sbt%stk");
-constinit zrlang_t musicTimeFullLabel = English(u"measures%sbeats%sticks");
-
 template <class Text>
 void Store(Text* field, const char16_t* text) noexcept {
   std::memset(field->text, 0, sizeof field->text);
@@ -55,7 +50,7 @@ tZRINTERNATIONALS RecordOf(const plat::LocaleFacts& facts) noexcept {
   return record;
 }
 
-bool SetLabel(const char16_t* token, const zrlang_t& format, const tZRLOCALESIGN& first, const tZRLOCALESIGN& second,
+bool SetLabel(const char16_t* token, Text format, const tZRLOCALESIGN& first, const tZRLOCALESIGN& second,
               const tZRLOCALESIGN& third) noexcept {
   char16_t label[128];
   ZrCchPrintF(label, std::size(label), nullptr, KernelText(format), first.text, second.text, third.text);
@@ -69,14 +64,14 @@ bool SetTokens(const tZRINTERNATIONALS& record) noexcept {
   bool held = ZrPrintF_AddToken(u"SMPTE.Whole", whole.text) != 0;
   held &= ZrPrintF_AddToken(u"SMPTE.NonDrop", record.smpteNonDrop.text) != 0;
   held &= ZrPrintF_AddToken(u"SMPTE.Drop", record.smpteDrop.text) != 0;
-  held &= SetLabel(u"SMPTE.Label.NonDrop", timeCodeLabel, whole, whole, record.smpteNonDrop);
-  held &= SetLabel(u"SMPTE.Label.Drop", timeCodeLabel, whole, whole, record.smpteDrop);
-  held &= SetLabel(u"SMPTE.Label.NonDrop.Full", timeCodeFullLabel, whole, whole, record.smpteNonDrop);
-  held &= SetLabel(u"SMPTE.Label.Drop.Full", timeCodeFullLabel, whole, whole, record.smpteDrop);
+  held &= SetLabel(u"SMPTE.Label.NonDrop", Text::kTimeTimeCode, whole, whole, record.smpteNonDrop);
+  held &= SetLabel(u"SMPTE.Label.Drop", Text::kTimeTimeCode, whole, whole, record.smpteDrop);
+  held &= SetLabel(u"SMPTE.Label.NonDrop.Full", Text::kTimeTimeCodeFull, whole, whole, record.smpteNonDrop);
+  held &= SetLabel(u"SMPTE.Label.Drop.Full", Text::kTimeTimeCodeFull, whole, whole, record.smpteDrop);
   held &= ZrPrintF_AddToken(u"m.b", beat.text) != 0;
   held &= ZrPrintF_AddToken(u"b.t", tick.text) != 0;
-  held &= SetLabel(u"MusicTime.Label", musicTimeLabel, beat, tick, tick);
-  held &= SetLabel(u"MusicTime.Label.Full", musicTimeFullLabel, beat, tick, tick);
+  held &= SetLabel(u"MusicTime.Label", Text::kTimeMusic, beat, tick, tick);
+  held &= SetLabel(u"MusicTime.Label.Full", Text::kTimeMusicFull, beat, tick, tick);
   return held;
 }
 

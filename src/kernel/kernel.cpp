@@ -7,6 +7,7 @@
 #include "kernel/file_name.h"
 #include "kernel/kernel_state.h"
 #include "kernel/startup.h"
+#include "kernel/strings.h"
 #include "kernel/system_facts.h"
 #include "marlo110k/errors.h"
 #include "marlo110k/printf.h"
@@ -31,19 +32,18 @@ bool IsRundllPath(const char16_t* path) noexcept {
 bool ClientFits(const char* clientName, uint32_t clientVersion, uint32_t interfaceGeneration, char16_t* message,
                 uint32_t characters) noexcept {
   if (GetSystemVersion().major < kOldestMajorVersion) {
-    plat::CopyText(message, characters, u"This product requires Windows 95 or Windows NT 4.0 or later.");
+    plat::CopyText(message, characters, KernelText(Text::kKernelOldSystem));
     return false;
   }
   if (interfaceGeneration == kZrInterfaceGeneration) {
     if (clientVersion <= kZrKernelVersion) return true;
-    plat::CopyText(message, characters, u"The version of the Marlo Kernel is too old.");
+    plat::CopyText(message, characters, KernelText(Text::kKernelTooOld));
     return false;
   }
   char16_t name[kClientNameCharacters + 1];
   const size_t nameBytes = clientName != nullptr ? std::strlen(clientName) : 0;
   name[plat::FromAnsi(clientName, nameBytes, name, kClientNameCharacters)] = 0;
-  ZrCchPrintF(message, characters, nullptr,
-              u"The version of the Marlo Kernel is incompatible with the following client:\n\n%s.", name);
+  ZrCchPrintF(message, characters, nullptr, KernelText(Text::kKernelIncompatible), name);
   return false;
 }
 
@@ -68,7 +68,7 @@ HRESULT ZrKernel_CheckVersion(HZRWINDOW parent, const char* clientName, uint32_t
   constexpr uint32_t kMessageCharacters = 256;
   char16_t message[kMessageCharacters];
   if (marlo::ClientFits(clientName, clientVersion, interfaceGeneration, message, kMessageCharacters)) return S_OK;
-  if (quiet == 0) ZrMessageBox(parent, message, u"Marlo Kernel", ZRMB_ICONINFORMATION);
+  if (quiet == 0) ZrMessageBox(parent, message, marlo::KernelText(marlo::Text::kKernelName), ZRMB_ICONINFORMATION);
   return E_FAIL;
 }
 

@@ -8,6 +8,7 @@
 #include "marlo110k/kernel.h"
 
 struct tZRLIST;
+struct ZrLanguage;
 
 namespace marlo {
 
@@ -23,8 +24,9 @@ struct KernelState {
   std::atomic<plat::Module*> processImage{nullptr};
   std::atomic<uint32_t> cursorBase{0};  ///< First id of the cursors that the process image may bring.
   std::atomic<void*> splash{nullptr};
-  std::atomic<tZRLIST*> tokens{nullptr};  ///< Tokens of formatted text, sorted by name.
-  std::atomic<bool> isRundll{false};      ///< No user interface is started in this process.
+  std::atomic<tZRLIST*> tokens{nullptr};       ///< Tokens of formatted text, sorted by name.
+  std::atomic<ZrLanguage*> language{nullptr};  ///< The language of the library's own texts.
+  std::atomic<bool> isRundll{false};           ///< No user interface is started in this process.
 };
 
 extern constinit KernelState kernelState;

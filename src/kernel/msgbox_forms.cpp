@@ -12,8 +12,6 @@
 namespace marlo {
 namespace {
 
-constinit zrlang_t checkLabel = English(u"Do no&t show this message again.");
-
 /// A box's text: the caller's own when there is nothing to format.
 class BoxText {
  public:
@@ -49,7 +47,8 @@ std::u16string WholeText(const BoxRequest& request) {
 }
 
 uint32_t RunBox(HZRWINDOW parent, BoxRequest* request) noexcept {
-  if (WantsCheckBox(request->flags) && request->checkText == nullptr) request->checkText = KernelText(checkLabel);
+  if (WantsCheckBox(request->flags) && request->checkText == nullptr)
+    request->checkText = KernelText(Text::kBoxRemember);
   std::u16string whole;
   bool isWhole = true;
   try {

@@ -9,6 +9,7 @@
 #include "kernel/internationals.h"
 #include "kernel/kernel_clock.h"
 #include "kernel/kernel_state.h"
+#include "kernel/language.h"
 #include "kernel/system_facts.h"
 #include "kernel/threadbuf.h"
 #include "marlo110k/list.h"
@@ -104,7 +105,9 @@ bool CreateTokenList(const StageContext&) {
 }
 
 /// Runs only on a token list, since the conventions it loads are stored there.
-bool OpenLanguage(const StageContext& context) { return context.held && LoadInternationals(); }
+bool OpenLanguage(const StageContext& context) {
+  return context.held && OpenKernelLanguage(context.module) && LoadInternationals();
+}
 
 constexpr Stage kEarlyStages[] = {
     {"error mode", AddErrorMode},
@@ -122,6 +125,11 @@ constexpr Stage kEarlyStages[] = {
 
 // ---- Late termination ------------------------------------------------------------------------------
 
+bool CloseLanguage(const StageContext&) {
+  CloseKernelLanguage();
+  return true;
+}
+
 bool DestroyTokenList(const StageContext&) {
   ZrList_Destroy(kernelState.tokens.exchange(nullptr, kRelaxed));
   return true;
@@ -133,7 +141,7 @@ bool ForgetModule(const StageContext&) {
 }
 
 constexpr Stage kLateStages[] = {
-    {"close language", ServiceComesLater},
+    {"close language", CloseLanguage},
     {"destroy token list", DestroyTokenList},
     {"delete brushes, pens, fonts and bitmaps", ServiceComesLater},
     {"destroy cursors", ServiceComesLater},

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "kernel/strings.h"
 #include "marlo110k/dib.h"
 #include "platform/base/text.h"
 
@@ -10,14 +11,14 @@ namespace {
 
 struct FormatName {
   uint32_t compression;
-  const char16_t* text;
+  marlo::Text text;
 };
 
 constexpr FormatName kFormatNames[] = {
-    {BI_RGB, u"RGB"},
-    {BI_BITFIELDS, u"RGB (bitfields)"},
-    {ZRDIB_FOURCC_ZRDB, u"RGBA"},
-    {ZRDIB_FOURCC_ZRGS, u"Grayscale"},
+    {BI_RGB, marlo::Text::kPictureRgb},
+    {BI_BITFIELDS, marlo::Text::kPictureBitfields},
+    {ZRDIB_FOURCC_ZRDB, marlo::Text::kPictureRgba},
+    {ZRDIB_FOURCC_ZRGS, marlo::Text::kPictureGrayscale},
 };
 
 }  // namespace
@@ -26,7 +27,7 @@ HRESULT ZrVideo_GetFormatText(uint32_t compression, char16_t* buffer, uint32_t c
   if (!buffer || characters == 0) return E_POINTER;
   for (const FormatName& name : kFormatNames) {
     if (name.compression == compression) {
-      plat::CopyText(buffer, characters, name.text);
+      plat::CopyText(buffer, characters, marlo::KernelText(name.text));
       return S_OK;
     }
   }

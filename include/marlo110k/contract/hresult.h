@@ -27,6 +27,15 @@ inline constexpr HRESULT E_HANDLE = ZrCode(0x80070006);
 inline constexpr HRESULT E_OUTOFMEMORY = ZrCode(0x8007000E);
 inline constexpr HRESULT E_INVALIDARG = ZrCode(0x80070057);
 
+// What streams fail with.
+inline constexpr HRESULT STG_E_INVALIDFUNCTION = ZrCode(0x80030001);
+inline constexpr HRESULT STG_E_ACCESSDENIED = ZrCode(0x80030005);
+inline constexpr HRESULT STG_E_INVALIDPOINTER = ZrCode(0x80030009);
+inline constexpr HRESULT STG_E_WRITEFAULT = ZrCode(0x8003001D);
+inline constexpr HRESULT STG_E_READFAULT = ZrCode(0x8003001E);
+inline constexpr HRESULT STG_E_MEDIUMFULL = ZrCode(0x80030070);
+inline constexpr HRESULT ZR_E_END_OF_STREAM = ZrCode(0x800A0026);
+
 // The library's own failures (0x8004E000 up) and successes with a remark (0x0004E000 up).
 inline constexpr HRESULT ZR_E_UNSUPPORTED_MEDIA = ZrCode(0x8004E000);
 inline constexpr HRESULT ZR_E_DISK_FULL = ZrCode(0x8004E002);
@@ -52,4 +61,5 @@ inline constexpr HRESULT ZR_E_EMPTY_CHUNK = ZrCode(0x8004E082);
 inline constexpr HRESULT ZR_E_BAD_STREAM = ZrCode(0x8004E083);
 inline constexpr HRESULT ZR_E_ENGINE = ZrCode(0x8004E0A2);
 inline constexpr HRESULT ZR_E_ALREADY_EXISTS = ZrCode(0x8004E170);
+inline constexpr HRESULT ZR_E_NO_CODEPAGE = ZrCode(0x8004E1FD);
 inline constexpr HRESULT ZR_S_NO_CHANGE = 0x0004E001;

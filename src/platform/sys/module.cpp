@@ -16,11 +16,12 @@
 #include "platform/base/unload.h"
 #include "platform/sys/file_backend.h"
 #include "platform/sys/path.h"
+#include "platform/sys/resource_image.h"
 
 namespace plat {
 
 struct Module {
-  link_map* map;     ///< The linker's own name for the object.
+  link_map* map;     ///< The linker's own name for the object; null for a data module.
   uint32_t loads;    ///< Open loads; 0 for one that was only found by address.
   const void* base;  ///< Where it is mapped.
   std::string path;  ///< Absolute.
@@ -135,6 +136,19 @@ Module* LoadModule(const char16_t* path) noexcept {
   return nullptr;
 }
 
+Module* LoadDataModule(const char16_t* path) noexcept {
+  try {
+    std::vector<uint8_t> resources;
+    if (path != nullptr && ReadResources(path, &resources)) {
+      ScopedLock lock;
+      return modules = new Module{nullptr, 1, nullptr, ToUtf8(path), modules};
+    }
+  } catch (const std::bad_alloc&) {
+  }
+  SetLastError(kErrorModuleNotFound);
+  return nullptr;
+}
+
 void UnloadModule(Module* module) noexcept {
   link_map* map = nullptr;
   {
@@ -143,7 +157,7 @@ void UnloadModule(Module* module) noexcept {
     map = module->map;
     if (--module->loads == 0) Forget(module);
   }
-  dlclose(map);
+  if (map != nullptr) dlclose(map);
 }
 
 void* ModuleSymbol(Module* module, const char* name) noexcept {

@@ -13,6 +13,10 @@ struct Module;
 
 /// Loads by path (backslashes allowed, name found without regard to case). Null with LastError() 126.
 Module* LoadModule(const char16_t* path) noexcept;
+/// Opens a module file, or a bare file of compiled resources, for its resources alone: nothing of it runs, so that a
+/// damaged or hostile one can't do harm. It has a path and no symbols. Null with LastError() 126 without resources.
+Module* LoadDataModule(const char16_t* path) noexcept;
+/// Ends one load of either kind.
 void UnloadModule(Module* module) noexcept;
 /// An exported function or datum; null when missing.
 void* ModuleSymbol(Module* module, const char* name) noexcept;

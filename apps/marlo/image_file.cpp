@@ -1,0 +1,262 @@
+// SPDX-License-Identifier: Apache-2.0
+// Decoding and encoding in memory by libpng and libjpeg; sizes are checked before pixels are allocated.
+#include "image_file.h"
+
+#include <jpeglib.h>
+#include <png.h>
+
+#include <cctype>
+#include <csetjmp>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "errors.h"
+#include "open_file.h"
+#include "output_file.h"
+#include "unicode.h"
+
+namespace host {
+namespace {
+
+// What a file may have; a picture within kMostPixels seldom needs more than its pixels' 256 MiB.
+constexpr int64_t kMostFileBytes = int64_t{1} << 29;
+constexpr int kJpegQuality = 95;
+
+enum class Coding { Unknown, Png, Jpeg };
+
+Coding CodingOfExtension(const std::string& path) {
+  const size_t dot = path.rfind('.');
+  std::string extension = dot == std::string::npos ? "" : path.substr(dot);
+  for (char& letter : extension) letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+  if (extension == ".png") return Coding::Png;
+  if (extension == ".jpg" || extension == ".jpeg") return Coding::Jpeg;
+  return Coding::Unknown;
+}
+
+std::vector<uint8_t> ReadWhole(const std::string& path) {
+  const OpenFile file = OpenFile::ForReading(path);
+  const int64_t length = LengthOf(file.Get(), path);
+  if (length > kMostFileBytes) throw Failure(ZR_E_FILE_TOO_LARGE, path);
+  std::vector<uint8_t> bytes(static_cast<size_t>(length));
+  uint32_t got = 0;
+  if (!bytes.empty() && (!plat::ReadFile(file.Get(), bytes.data(), static_cast<uint32_t>(length), &got) ||
+                         got != static_cast<uint32_t>(length))) {
+    throw Failure(ZR_E_FILE_READ, path);
+  }
+  return bytes;
+}
+
+void WriteWhole(const std::string& path, const uint8_t* data, size_t bytes) {
+  OutputFile output(path);
+  OpenFile file(output.TemporaryPath(), plat::kWriteAccess, plat::kShareNone, plat::kCreateAlways);
+  uint32_t written = 0;
+  if (!plat::WriteFile(file.Get(), data, static_cast<uint32_t>(bytes), &written) || written != bytes) {
+    throw WriteFailure(path);
+  }
+  file.Close();
+  output.Commit();
+}
+
+Failure Broken(const std::string& path, const std::string& reason) {
+  return Failure(ZR_E_FILE_READ, path, "The picture is broken: " + reason + ".");
+}
+
+/// An empty picture of the size that a file states.
+Image RoomFor(uint64_t width, uint64_t height, const std::string& path) {
+  if (width == 0 || height == 0 || width > kMostPixels || height > kMostPixels || width * height > kMostPixels) {
+    throw Failure(ZR_E_FILE_TOO_LARGE, path, "A picture has at most 67108864 pixels.");
+  }
+  return Image(static_cast<int32_t>(width), static_cast<int32_t>(height));
+}
+
+// ---- PNG -------------------------------------------------------------------------------------------
+
+/// libpng's record, freed at the end of its scope.
+struct PngImage {
+  PngImage() {
+    std::memset(&record, 0, sizeof record);
+    record.version = PNG_IMAGE_VERSION;
+  }
+  ~PngImage() { png_image_free(&record); }
+  PngImage(const PngImage&) = delete;
+  PngImage& operator=(const PngImage&) = delete;
+  png_image record;
+};
+
+Image DecodePng(const std::vector<uint8_t>& bytes, const std::string& path) {
+  PngImage png;
+  if (png_image_begin_read_from_memory(&png.record, bytes.data(), bytes.size()) == 0) {
+    throw Broken(path, png.record.message);
+  }
+  // Without a gamma of its own a 16-bit file has the same curve as an 8-bit one.
+  png.record.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;
+  png.record.format = PNG_FORMAT_BGRA;
+  Image image = RoomFor(png.record.width, png.record.height, path);
+  // A negative stride: rows come from the top, ours lie bottom-up.
+  if (png_image_finish_read(&png.record, nullptr, image.Pixels().data(), -4 * image.Width(), nullptr) == 0) {
+    throw Broken(path, png.record.message);
+  }
+  return image;
+}
+
+void WritePng(const std::string& path, const Image& image) {
+  PngImage png;
+  png.record.width = static_cast<png_uint_32>(image.Width());
+  png.record.height = static_cast<png_uint_32>(image.Height());
+  png.record.format = PNG_FORMAT_BGRA;
+  std::vector<uint8_t> bytes(PNG_IMAGE_PNG_SIZE_MAX(png.record));
+  png_alloc_size_t length = bytes.size();
+  if (png_image_write_to_memory(&png.record, bytes.data(), &length, 0, image.Pixels().data(), -4 * image.Width(),
+                                nullptr) == 0) {
+    throw Failure(ZR_E_FILE_WRITE, path, png.record.message);
+  }
+  WriteWhole(path, bytes.data(), length);
+}
+
+// ---- JPEG ------------------------------------------------------------------------------------------
+
+/// libjpeg's error handler with the place it jumps to; the functions that set the place hold no objects with
+/// destructors, which the jump would pass over.
+struct JpegErrors {
+  jpeg_error_mgr manager;
+  std::jmp_buf place;
+  char message[JMSG_LENGTH_MAX];
+};
+
+void JumpOut(j_common_ptr common) {
+  auto* errors = reinterpret_cast<JpegErrors*>(common->err);
+  common->err->format_message(common, errors->message);
+  std::longjmp(errors->place, 1);
+}
+
+/// A warning means lost data, a cut file for instance; it fails as an error does.
+void JumpOutOnWarning(j_common_ptr common, int level) {
+  if (level < 0) JumpOut(common);
+}
+
+void PrepareErrors(JpegErrors* errors) {
+  jpeg_std_error(&errors->manager);
+  errors->manager.error_exit = JumpOut;
+  errors->manager.emit_message = JumpOutOnWarning;
+}
+
+bool ReadJpegSize(jpeg_decompress_struct* jpeg, JpegErrors* errors, const std::vector<uint8_t>& bytes) {
+  if (setjmp(errors->place) != 0) return false;
+  jpeg_mem_src(jpeg, bytes.data(), bytes.size());
+  jpeg_read_header(jpeg, TRUE);
+  return true;
+}
+
+bool ReadJpegRows(jpeg_decompress_struct* jpeg, JpegErrors* errors, Image* image) {
+  if (setjmp(errors->place) != 0) return false;
+  jpeg->out_color_space = JCS_EXT_BGRA;
+  jpeg_start_decompress(jpeg);
+  while (jpeg->output_scanline < jpeg->output_height) {
+    JSAMPROW row = reinterpret_cast<JSAMPROW>(image->Row(static_cast<int32_t>(jpeg->output_scanline)));
+    jpeg_read_scanlines(jpeg, &row, 1);
+  }
+  jpeg_finish_decompress(jpeg);
+  return true;
+}
+
+struct JpegReader {
+  JpegReader() {
+    PrepareErrors(&errors);
+    jpeg.err = &errors.manager;
+    jpeg_create_decompress(&jpeg);
+  }
+  ~JpegReader() { jpeg_destroy_decompress(&jpeg); }
+  JpegReader(const JpegReader&) = delete;
+  JpegReader& operator=(const JpegReader&) = delete;
+  JpegErrors errors = {};
+  jpeg_decompress_struct jpeg = {};
+};
+
+Image DecodeJpeg(const std::vector<uint8_t>& bytes, const std::string& path) {
+  JpegReader reader;
+  if (!ReadJpegSize(&reader.jpeg, &reader.errors, bytes)) throw Broken(path, reader.errors.message);
+  Image image = RoomFor(reader.jpeg.image_width, reader.jpeg.image_height, path);
+  if (!ReadJpegRows(&reader.jpeg, &reader.errors, &image)) throw Broken(path, reader.errors.message);
+  return image;
+}
+
+bool WriteJpegRows(jpeg_compress_struct* jpeg, JpegErrors* errors, const Image* image, unsigned char** bytes,
+                   unsigned long* length) {
+  if (setjmp(errors->place) != 0) return false;
+  jpeg_mem_dest(jpeg, bytes, length);
+  jpeg->image_width = static_cast<JDIMENSION>(image->Width());
+  jpeg->image_height = static_cast<JDIMENSION>(image->Height());
+  jpeg->input_components = 4;
+  jpeg->in_color_space = JCS_EXT_BGRX;
+  jpeg_set_defaults(jpeg);
+  jpeg_set_quality(jpeg, kJpegQuality, TRUE);
+  jpeg_start_compress(jpeg, TRUE);
+  while (jpeg->next_scanline < jpeg->image_height) {
+    const tZRPIXEL32* pixels = image->Row(static_cast<int32_t>(jpeg->next_scanline));
+    JSAMPROW row = reinterpret_cast<JSAMPROW>(const_cast<tZRPIXEL32*>(pixels));
+    jpeg_write_scanlines(jpeg, &row, 1);
+  }
+  jpeg_finish_compress(jpeg);
+  return true;
+}
+
+struct JpegWriter {
+  JpegWriter() {
+    PrepareErrors(&errors);
+    jpeg.err = &errors.manager;
+    jpeg_create_compress(&jpeg);
+  }
+  ~JpegWriter() {
+    jpeg_destroy_compress(&jpeg);
+    std::free(bytes);
+  }
+  JpegWriter(const JpegWriter&) = delete;
+  JpegWriter& operator=(const JpegWriter&) = delete;
+  JpegErrors errors = {};
+  jpeg_compress_struct jpeg = {};
+  unsigned char* bytes = nullptr;
+  unsigned long length = 0;
+};
+
+void WriteJpeg(const std::string& path, const Image& image) {
+  Image overBlack = image;
+  overBlack.Premultiply();
+  JpegWriter writer;
+  if (!WriteJpegRows(&writer.jpeg, &writer.errors, &overBlack, &writer.bytes, &writer.length)) {
+    throw Failure(ZR_E_FILE_WRITE, path, std::string(writer.errors.message) + ".");
+  }
+  WriteWhole(path, writer.bytes, writer.length);
+}
+
+}  // namespace
+
+ImageFile ReadImageFile(const std::string& path) {
+  constexpr uint8_t kPngStart[] = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
+  constexpr uint8_t kJpegStart[] = {0xFF, 0xD8, 0xFF};
+  const std::vector<uint8_t> bytes = ReadWhole(path);
+  const auto startsWith = [&](const auto& start) {
+    return bytes.size() >= sizeof start && std::memcmp(bytes.data(), start, sizeof start) == 0;
+  };
+  if (startsWith(kPngStart)) return {"PNG", DecodePng(bytes, path)};
+  if (startsWith(kJpegStart)) return {"JPEG", DecodeJpeg(bytes, path)};
+  throw Failure(ZR_E_UNKNOWN_FORMAT, path, "It is neither a PNG nor a JPEG file.");
+}
+
+void WriteImageFile(const std::string& path, const Image& image) {
+  RequireImageExtension(path);
+  if (CodingOfExtension(path) == Coding::Png) {
+    WritePng(path, image);
+  } else {
+    WriteJpeg(path, image);
+  }
+}
+
+void RequireImageExtension(const std::string& path) {
+  if (CodingOfExtension(path) == Coding::Unknown) {
+    throw UsageError("\"" + path + "\" ends with neither .png nor .jpg nor .jpeg.");
+  }
+}
+
+}  // namespace host

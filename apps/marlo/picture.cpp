@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+// marlo picture: chooses the kind of work and holds what the kinds share.
+#include "picture.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+#include "command.h"
+#include "errors.h"
+#include "image_file.h"
+#include "numbers.h"
+
+namespace host {
+namespace {
+
+constexpr char kHelp[] =
+    "usage: marlo picture info IN [--json]\n"
+    "       marlo picture convert IN -o OUT\n"
+    "       marlo picture scale IN --size WxH [--filter F] -o OUT\n"
+    "       marlo picture composite BASE PIC[@x,y[,WxH]][:mode=NAME|N][:opacity=F]... -o OUT\n"
+    "       marlo picture testcard [--size WxH] -o OUT\n"
+    "\n"
+    "Works on PNG and JPEG files. The extension of OUT chooses its format: .png, .jpg or .jpeg. JPEG has\n"
+    "no alpha; transparent parts are laid over black. Values are full range, 0 black and 255 white, and\n"
+    "stay so: no step goes through the studio range of the library's 8-bit conversions.\n"
+    "\n"
+    "  info       format, size and alpha\n"
+    "  convert    from one format into the other\n"
+    "  scale      to another size; F is bilinear or bicubic (without it), both with a box filter in an\n"
+    "             axis that gets smaller\n"
+    "  composite  lays each PIC over BASE in turn, with its top left corner at x,y (0,0) and in its own\n"
+    "             size or WxH; all four may be fractions. OUT has BASE's size. The opacity is 0 to 1 (1).\n"
+    "             A name with an ending that looks like these is protected by writing them out.\n"
+    "  testcard   colour bars, ramps, a zone plate and an alpha wedge, 640x360 without a size\n"
+    "\n"
+    "modes: 0 source, 1 add, 2 subtract, 3 multiply, 4 over (without a mode), 5 over-fade,\n"
+    "  6 inverse-source, 7 destination, 8 inverse-destination, 9 product, 10 inverse-product, 11 maximum,\n"
+    "  12 minimum\n"
+    "\n"
+    "options:\n"
+    "  -o OUT  the output, complete or not there at all\n"
+    "  --json  info as one JSON document\n"
+    "\n"
+    "example:\n"
+    "  marlo picture composite city.jpg logo.png@20.5,12:opacity=0.6 -o titled.png\n";
+
+constexpr Option kOptions[] = {{"-o", true}, {"--size", true}, {"--filter", true}, {"--json", false}};
+
+struct Work {
+  const char* name;
+  std::span<const char* const> options;
+  int (*run)(const Arguments& arguments);
+};
+
+constexpr const char* kOutputOnly[] = {"-o"};
+constexpr const char* kInfoOptions[] = {"--json"};
+constexpr const char* kScaleOptions[] = {"-o", "--size", "--filter"};
+constexpr const char* kTestcardOptions[] = {"-o", "--size"};
+
+constexpr Work kWorks[] = {
+    {"composite", kOutputOnly, RunPictureComposite},
+    {"convert", kOutputOnly, RunPictureConvert},
+    {"info", kInfoOptions, RunPictureInfo},
+    {"scale", kScaleOptions, RunPictureScale},
+    {"testcard", kTestcardOptions, RunPictureTestcard},
+};
+
+int RunPicture(const Arguments& arguments) {
+  if (arguments.Positionals().empty()) throw UsageError("The command takes a kind of work, such as info.");
+  const std::string& name = arguments.Positionals()[0];
+  const Work* const work =
+      std::find_if(std::begin(kWorks), std::end(kWorks), [&](const Work& known) { return name == known.name; });
+  if (work == std::end(kWorks)) throw UsageError("There is no kind of work \"" + name + "\".");
+  for (const Option& option : kOptions) {
+    const bool taken = std::any_of(work->options.begin(), work->options.end(),
+                                   [&](const char* known) { return std::strcmp(known, option.name) == 0; });
+    if (!taken && arguments.Has(option.name)) throw UsageError(name + " takes no option " + option.name + ".");
+  }
+  return work->run(arguments);
+}
+
+}  // namespace
+
+std::string OutputOfPicture(const Arguments& arguments) {
+  const std::string* output = arguments.Value("-o");
+  if (output == nullptr) throw UsageError("The output is missing: -o OUT.");
+  RequireImageExtension(*output);
+  return *output;
+}
+
+PictureSize ParsePictureSize(const std::string& text) {
+  constexpr uint64_t kLargestSide = 131071;  // What the library scales to.
+  const size_t cross = text.find('x');
+  const std::optional<uint64_t> width = ParseCount(text.substr(0, cross));
+  const std::optional<uint64_t> height = cross == std::string::npos ? std::nullopt : ParseCount(text.substr(cross + 1));
+  if (!width || !height || *width == 0 || *height == 0 || *width > kLargestSide || *height > kLargestSide) {
+    throw UsageError("\"" + text + "\" is no size such as 640x360.");
+  }
+  return {static_cast<int32_t>(*width), static_cast<int32_t>(*height)};
+}
+
+extern const Command kPictureCommand;
+const Command kPictureCommand = {"picture", "show, convert, scale and composite pictures", kHelp, kOptions, RunPicture};
+
+}  // namespace host

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Audio devices between the mixer and whatever carries them: the contract of the library's own wave classes and of
-// driver modules from outside.
+// driver modules from outside. Neither is built yet; the interfaces are fixed for those who write them.
 //
 // A driver model (IAudioClass) owns its outputs and inputs, or devices (IAudioDevice) that carry many stereo pairs.
 // Data flow by callback: a pump thread asks the client for samples, or hands recorded ones over. The order of slots

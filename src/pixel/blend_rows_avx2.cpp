@@ -18,12 +18,6 @@ MARLO_AVX2_INLINE __m256i Faded(__m256i sourceAndDestination, __m256i weights) {
   return _mm256_srai_epi32(sum, 14);
 }
 
-/// x / 255 toward zero for products of two bytes in words.
-MARLO_AVX2_INLINE __m256i Div255Down(__m256i x) {
-  const __m256i high = _mm256_srli_epi16(x, 8);
-  return _mm256_srli_epi16(_mm256_add_epi16(_mm256_add_epi16(x, high), _mm256_set1_epi16(1)), 8);
-}
-
 }  // namespace
 
 // Saturating to a byte is right for both forms of the rule: weights that sum to 1 or less can't pass 255.
@@ -47,22 +41,25 @@ MARLO_AVX2 void CrossFadeRowAvx2(uint8_t* destination, const uint8_t* source, in
   CrossFadeRowPlain(destination + index, source + index, channels - index, dstWeight14, srcWeight14);
 }
 
+// Blue and red, then green, as words times alpha; x / 255 toward zero is x * 0x8081 >> 23 for every product of bytes.
 MARLO_AVX2 void PremultiplyRowAvx2(tZRPIXEL32* pixels, int32_t count) noexcept {
-  const __m256i zero = _mm256_setzero_si256();
-  // Alpha is multiplied by full alpha, which leaves it.
-  const __m256i alphaLanes = _mm256_set1_epi64x(static_cast<int64_t>(0x00FF000000000000));
-  const __m256i colorLanes = _mm256_set1_epi64x(0x0000FFFFFFFFFFFF);
+  const __m256i alphaWords = _mm256_setr_epi8(3, -1, 3, -1, 7, -1, 7, -1, 11, -1, 11, -1, 15, -1, 15, -1, 3, -1, 3, -1,
+                                              7, -1, 7, -1, 11, -1, 11, -1, 15, -1, 15, -1);
+  const __m256i lowBytes = _mm256_set1_epi16(0x00FF);
+  const __m256i greenByte = _mm256_set1_epi32(0x0000FF00);
+  const __m256i alphaByte = _mm256_set1_epi32(static_cast<int32_t>(0xFF000000));
+  const __m256i reciprocal = _mm256_set1_epi16(static_cast<int16_t>(0x8081));
   int32_t index = 0;
   for (; index + 8 <= count; index += 8) {
     auto* const at = reinterpret_cast<__m256i*>(pixels + index);
     const __m256i value = _mm256_loadu_si256(at);
-    __m256i halves[2] = {_mm256_unpacklo_epi8(value, zero), _mm256_unpackhi_epi8(value, zero)};
-    for (__m256i& half : halves) {
-      const __m256i alphas = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(half, 0xFF), 0xFF);
-      const __m256i factors = _mm256_or_si256(_mm256_and_si256(alphas, colorLanes), alphaLanes);
-      half = Div255Down(_mm256_mullo_epi16(half, factors));
-    }
-    _mm256_storeu_si256(at, _mm256_packus_epi16(halves[0], halves[1]));
+    const __m256i alphas = _mm256_shuffle_epi8(value, alphaWords);
+    const __m256i blueRed = _mm256_mullo_epi16(_mm256_and_si256(value, lowBytes), alphas);
+    const __m256i green = _mm256_mullo_epi16(_mm256_srli_epi16(value, 8), alphas);
+    const __m256i blueRedOut = _mm256_srli_epi16(_mm256_mulhi_epu16(blueRed, reciprocal), 7);
+    const __m256i greenOut = _mm256_and_si256(_mm256_slli_epi16(_mm256_mulhi_epu16(green, reciprocal), 1), greenByte);
+    const __m256i alphaOut = _mm256_and_si256(value, alphaByte);
+    _mm256_storeu_si256(at, _mm256_or_si256(_mm256_or_si256(blueRedOut, greenOut), alphaOut));
   }
   PremultiplyRowPlain(pixels + index, count - index);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The slots of published interfaces, called through the raw table as a module of another compiler would.
+// The slots of published interfaces, as a module of another compiler counts them.
 #include <gtest/gtest.h>
 
 #include "marlo110k/contract/audiodev.h"

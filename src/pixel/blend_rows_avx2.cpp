@@ -20,12 +20,38 @@ MARLO_AVX2_INLINE __m256i Faded(__m256i sourceAndDestination, __m256i weights) {
 
 }  // namespace
 
+namespace {
+
+/// Weights that sum to 1: d + (((s - d) * weight + 8192) >> 14), which one rounding multiplication of words gives
+/// exactly.
+MARLO_AVX2 int32_t CrossFadeWholeRow(uint8_t* destination, const uint8_t* source, int32_t channels,
+                                     int32_t srcWeight14) noexcept {
+  const __m256i weight = _mm256_set1_epi16(static_cast<int16_t>(srcWeight14));
+  const __m256i lowBytes = _mm256_set1_epi16(0x00FF);
+  int32_t index = 0;
+  for (; index + 32 <= channels; index += 32) {
+    auto* const at = reinterpret_cast<__m256i*>(destination + index);
+    const __m256i d = _mm256_loadu_si256(at);
+    const __m256i s = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(source + index));
+    const __m256i evenD = _mm256_and_si256(d, lowBytes), oddD = _mm256_srli_epi16(d, 8);
+    const __m256i even = _mm256_sub_epi16(_mm256_and_si256(s, lowBytes), evenD);
+    const __m256i odd = _mm256_sub_epi16(_mm256_srli_epi16(s, 8), oddD);
+    const __m256i evenOut = _mm256_add_epi16(evenD, _mm256_mulhrs_epi16(_mm256_add_epi16(even, even), weight));
+    const __m256i oddOut = _mm256_add_epi16(oddD, _mm256_mulhrs_epi16(_mm256_add_epi16(odd, odd), weight));
+    _mm256_storeu_si256(at, _mm256_or_si256(evenOut, _mm256_slli_epi16(oddOut, 8)));
+  }
+  return index;
+}
+
+}  // namespace
+
 // Saturating to a byte is right for both forms of the rule: weights that sum to 1 or less can't pass 255.
 MARLO_AVX2 void CrossFadeRowAvx2(uint8_t* destination, const uint8_t* source, int32_t channels, int32_t dstWeight14,
                                  int32_t srcWeight14) noexcept {
   const __m256i weights = _mm256_set1_epi32(dstWeight14 << 16 | srcWeight14);
   const __m256i zero = _mm256_setzero_si256();
-  int32_t index = 0;
+  int32_t index =
+      dstWeight14 + srcWeight14 == 16384 ? CrossFadeWholeRow(destination, source, channels, srcWeight14) : 0;
   for (; index + 32 <= channels; index += 32) {
     auto* const at = reinterpret_cast<__m256i*>(destination + index);
     const __m256i d = _mm256_loadu_si256(at);

@@ -4,6 +4,7 @@
 
 #include "marlo110k/channels.h"
 #include "marlo110k/clock.h"
+#include "marlo110k/contract/audiodev.h"
 #include "marlo110k/contract/engine.h"
 #include "marlo110k/contract/exception.h"
 #include "marlo110k/contract/filetime.h"

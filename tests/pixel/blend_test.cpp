@@ -100,7 +100,8 @@ TEST(Blend, WorkedBytes) {
 TEST(Blend, CrossFadeAndPremultiplyHaveTheSameBytesInEveryMember) {
   Random random(6260);
   SCOPED_TRACE(random.Label());
-  const int32_t weights[][2] = {{8192, 8192}, {16384, 16384}, {32767, 1}, {5000, 11384}, {0, 16384}, {12288, 12288}};
+  const int32_t weights[][2] = {{8192, 8192}, {16384, 16384}, {32767, 1},    {5000, 11384},
+                                {0, 16384},   {16383, 1},     {12288, 12288}};
   for (size_t pixels = 0; pixels < 40; ++pixels) {
     GuardedBytes first(pixels * 4), second(pixels * 4), source(pixels * 4);
     const auto fill = [&](GuardedBytes& bytes) {

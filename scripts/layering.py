@@ -31,10 +31,10 @@ ROOMS = {
 
 # The room of each public header. A new header names its room here; contract/ and platform/ are below all.
 PUBLIC_HEADERS = {
-    "kernel": "clock cpu errors kernel lang list locale log os printf queue windowtext",
+    "kernel": "clock cpu errors kernel lang list locale log os printf queue streams windowtext",
     "audio": "channels formattext iir levels resample samples waveformat",
+    "pixel": "dib dib_alpha dib_blend dib_composite dib_copy dib_fields dib_key dib_scale hsl yuv",
     "media": "displist iff mriff peak riff riff64 wavefile",
-    "pixel": "dib dib_composite dib_copy dib_scale hsl yuv",
 }
 ROOM_OF_HEADER = {name + ".h": room for room, names in PUBLIC_HEADERS.items() for name in names.split()}
 WHOLE_INTERFACE = "marlo110k.h"

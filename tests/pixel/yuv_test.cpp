@@ -9,9 +9,9 @@
 #include "pixel/gamma.h"
 #include "pixel/testing/exchange_reference.h"
 #include "pixel/testing/picture.h"
+#include "pixel/testing/video.h"
 #include "pixel/testing/yuv_reference.h"
 #include "platform/base/cpu.h"
-#include "platform/parallel/rows.h"
 
 namespace {
 
@@ -20,56 +20,9 @@ using ::testing::ElementsAre;
 
 constexpr plat::VectorLevel kLevels[] = {plat::VectorLevel::kPlain, plat::VectorLevel::kAvx2};
 
-/// Restores the vector level and the thread count.
+/// Restores the vector level.
 struct Yuv : ::testing::Test {
-  ~Yuv() override {
-    plat::SetVectorLevelLimit(plat::VectorLevel::kAvx512);
-    plat::SetParallelThreads(0);
-  }
-};
-
-BITMAPINFOHEADER Header(uint32_t compression, int32_t width, int32_t height) {
-  BITMAPINFOHEADER header = {};
-  header.biSize = sizeof(header);
-  header.biWidth = width;
-  header.biHeight = height;
-  header.biCompression = compression;
-  return header;
-}
-
-/// A video picture that ends at an unreadable page.
-struct Video {
-  Video(uint32_t compression, int32_t width, int32_t height, bool atStart = false)
-      : header(Header(compression, width, height)), bytes(ZrYUVImageBytesAndOffsets(&header, planes), atStart) {}
-  void Randomize(Random& random) {
-    for (size_t index = 0; index < bytes.size(); ++index) bytes.data()[index] = static_cast<uint8_t>(random.Bits());
-  }
-  const uint8_t* U() const { return bytes.data() + planes[1]; }
-  const uint8_t* V() const { return bytes.data() + planes[3]; }
-  /// U, Y, V of a pixel, in codes of the layout.
-  std::array<int32_t, 3> At(int32_t x, int32_t row, bool fields) const {
-    const uint8_t* line = bytes.data() + int64_t{row} * planes[0];
-    const auto word = [&](int32_t sample) {
-      uint32_t value;
-      std::memcpy(&value, line + sample / 3 * 4, 4);
-      return static_cast<int32_t>(value >> (sample % 3 * 10) & 1023);
-    };
-    const int32_t pair = x / 2, chroma = ReferenceLine(row, header.biHeight, fields);
-    switch (header.biCompression) {
-      case ZRDIB_FOURCC_I420:
-        return {U()[chroma * static_cast<int32_t>(planes[2]) + pair], line[x],
-                V()[chroma * static_cast<int32_t>(planes[4]) + pair]};
-      case ZRDIB_FOURCC_V210:
-        return {word(pair * 4), word(x * 2 + 1), word(pair * 4 + 2)};
-      case ZRDIB_FOURCC_YUYV:
-        return {line[pair * 4 + 1], line[x * 2], line[pair * 4 + 3]};
-      default:
-        return {line[pair * 4], line[x * 2 + 1], line[pair * 4 + 2]};
-    }
-  }
-  BITMAPINFOHEADER header;
-  uint32_t planes[5];
-  GuardedBytes bytes;
+  ~Yuv() override { plat::SetVectorLevelLimit(plat::VectorLevel::kAvx512); }
 };
 
 Bgra PixelOf(const uint8_t* pixel) { return {pixel[0], pixel[1], pixel[2], pixel[3]}; }
@@ -253,8 +206,6 @@ TEST_F(Yuv, TenBitsAreCut) {
   }
 }
 
-constexpr uint32_t kLayouts[] = {ZRDIB_FOURCC_UYVY, ZRDIB_FOURCC_YUYV, ZRDIB_FOURCC_I420, ZRDIB_FOURCC_V210};
-
 TEST_F(Yuv, PicturesToBytesAtAllScales) {
   Random random(14);
   SCOPED_TRACE(random.Label());
@@ -398,33 +349,6 @@ TEST_F(Yuv, PublishedFloatCodes) {
     ASSERT_EQ(S_OK, ZrYUV_RGBToYUV(&out.header, &params, out.bytes.data(), nullptr, source.header(), c.gamma,
                                    source.bits(), 0, 0, 0));
     EXPECT_THAT(out.At(0, 0, false), ElementsAre(c.u, c.y, c.v));
-  }
-}
-
-TEST_F(Yuv, ThreadsAndNotANumberDontMatter) {
-  Random random(17);
-  for (uint32_t layout : kLayouts) {
-    std::vector<uint8_t> first[2];
-    for (uint32_t threads : {1u, 2u, 7u}) {
-      plat::SetParallelThreads(threads);
-      Random same = random;
-      Picture source(ZRPIXEL_RGBA128F, 1026, 254), back(ZRPIXEL_RGBA128F, 1026, 254);
-      source.RandomizeFloats(same, -1, 2);
-      const float odd[] = {NAN, INFINITY, -INFINITY, 1e30f};
-      std::memcpy(source.bits(), odd, sizeof(odd));
-      Video video(layout, 1026, 254);
-      const tZRYUVPARAMS params = {0, 1, 1.0};
-      ASSERT_EQ(S_OK, ZrYUV_RGBToYUV(&video.header, &params, video.bytes.data(), nullptr, source.header(), 0,
-                                     source.bits(), 0, 0, 0));
-      ASSERT_EQ(S_OK, ZrYUV_YUVToRGB(back.header(), 0, back.bits(), 0, &video.header, &params, video.bytes.data(),
-                                     nullptr, 0, 0));
-      const std::vector<uint8_t> results[2] = {{video.bytes.data(), video.bytes.data() + video.bytes.size()},
-                                               back.Copy()};
-      for (int index : {0, 1}) {
-        if (threads == 1) first[index] = results[index];
-        EXPECT_EQ(first[index], results[index]) << threads;
-      }
-    }
   }
 }
 

@@ -42,6 +42,7 @@
 #include "marlo110k/printf.h"
 #include "marlo110k/queue.h"
 #include "marlo110k/resample.h"
+#include "marlo110k/resources.h"
 #include "marlo110k/riff.h"
 #include "marlo110k/riff64.h"
 #include "marlo110k/samples.h"

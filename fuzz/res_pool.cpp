@@ -2,6 +2,7 @@
 // Compiled resource files in memory: whatever stands in them, what is found lies inside.
 #include <cstdint>
 #include <cstdlib>
+#include <initializer_list>
 
 #include "marlo110k/resources.h"
 

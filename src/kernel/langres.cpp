@@ -18,7 +18,7 @@ constexpr size_t kLanguagesCharacters = 260;
 HZRRESOURCE FindInModule(plat::Module* module, const char16_t* type, const char16_t* name, uint32_t lcid) noexcept {
   if (module == nullptr) return nullptr;
   try {
-    const std::lock_guard guard(resourcesMutex);
+    const ResourcesGuard guard;
     ModuleResources* const resources = ResourcesOf(module);
     plat::ResourceEntry entry;
     if (!FindEntry(*resources, type, name, lcid, &entry)) return nullptr;
@@ -47,7 +47,7 @@ HZRRESOURCE FindInMain(const ZrLanguage& language, const char16_t* type, const c
 /// or at the end, and counts as none.
 bool EntryOf(HZRRESOURCE resource, plat::ResourceEntry* entry) noexcept {
   if (resource == nullptr) return false;
-  const std::lock_guard guard(resourcesMutex);
+  const ResourcesGuard guard;
   for (const ModuleResources* all = FirstResources(); all != nullptr; all = all->next) {
     if (!IsInResources(*all, resource)) continue;
     plat::ResourceWalk walk(all->bytes.data(), all->bytes.size());
@@ -67,7 +67,7 @@ void AppendLanguage(std::u16string* languages, uint16_t lcid) {
 }
 
 std::u16string VersionLanguages(plat::Module* module, uint16_t id) {
-  const std::lock_guard guard(resourcesMutex);
+  const ResourcesGuard guard;
   const ModuleResources& resources = *ResourcesOf(module);
   plat::ResourceWalk walk(resources.bytes.data(), resources.bytes.size());
   std::u16string languages;

@@ -3,6 +3,7 @@
 #include "kernel/module_resources.h"
 
 #include <cstring>
+#include <mutex>
 #include <utility>
 
 #include "kernel/language.h"
@@ -12,10 +13,9 @@
 
 namespace marlo {
 
-constinit std::mutex resourcesMutex;
-
 namespace {
 
+constinit std::mutex resourcesMutex;
 ModuleResources* allResources = nullptr;  ///< Guarded by resourcesMutex.
 
 /// Lent bytes are read until the library goes.
@@ -37,6 +37,10 @@ int RankOf(uint32_t language, uint32_t lcid) noexcept {
 
 }  // namespace
 
+ResourcesGuard::ResourcesGuard() noexcept { resourcesMutex.lock(); }
+
+ResourcesGuard::~ResourcesGuard() { resourcesMutex.unlock(); }
+
 ModuleResources* ResourcesOf(plat::Module* module) {
   for (ModuleResources* resources = allResources; resources != nullptr; resources = resources->next) {
     if (resources->module == module) return resources;
@@ -54,7 +58,7 @@ ModuleResources* ResourcesOf(plat::Module* module) {
 
 void ForgetModuleResources(plat::Module* module) noexcept {
   if (module == nullptr) return;
-  const std::lock_guard guard(resourcesMutex);
+  const ResourcesGuard guard;
   for (ModuleResources** link = &allResources; *link != nullptr;) {
     ModuleResources* const resources = *link;
     if (resources->module == module && resources->isLent) resources->module = nullptr;

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 #include "platform/sys/resource_image.h"
@@ -22,20 +21,27 @@ struct ModuleResources {
   ModuleResources* next;
 };
 
-/// Guards all that stands below.
-extern constinit std::mutex resourcesMutex;
+/// Holds the lock on all resources that were read.
+class ResourcesGuard {
+ public:
+  ResourcesGuard() noexcept;
+  ~ResourcesGuard();
+  ResourcesGuard(const ResourcesGuard&) = delete;
+  ResourcesGuard& operator=(const ResourcesGuard&) = delete;
+};
 
-/// The resources of a module, with the mutex held. Throws std::bad_alloc; a module without resources has no bytes.
+/// The resources of a module, under a guard. Throws std::bad_alloc; a module without resources has no bytes.
 ModuleResources* ResourcesOf(plat::Module* module);
-/// Drops what was read of a module that may be unloaded now. Takes the mutex.
+/// Drops what was read of a module that may be unloaded now. Takes the lock itself.
 void ForgetModuleResources(plat::Module* module) noexcept;
 /// True when `address` lies in resources that were read, also in lent ones of a module that is gone.
 bool IsInResources(const ModuleResources& resources, const void* address) noexcept;
-/// The first of all that were read.
+/// The first of all that were read, under a guard.
 const ModuleResources* FirstResources() noexcept;
 
-/// True when the entry has that type or name: a number below 0x10000, or a text.
+/// How a text as a type or a name counts.
 enum class NameCase : uint8_t { kExact, kIgnored };
+/// True when an entry has that type or name: a number below 0x10000, or a text.
 bool IsNamed(const plat::ResourceName& name, const char16_t* wanted, NameCase nameCase) noexcept;
 
 /// The entry of that type and name. Names count without regard to case.

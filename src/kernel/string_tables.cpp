@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <mutex>
 #include <new>
 
 #include "kernel/module_resources.h"
@@ -50,7 +49,7 @@ CountedString FindString(const ModuleResources& resources, uint32_t id, uint32_t
 int32_t LoadTableString(plat::Module* module, uint32_t id, uint32_t lcid, char16_t* buffer, int32_t size) noexcept {
   if (module == nullptr || buffer == nullptr || size <= 0) return 0;
   try {
-    const std::lock_guard guard(resourcesMutex);
+    const ResourcesGuard guard;
     const CountedString string = FindString(*ResourcesOf(module), id, lcid);
     if (string.characters == 0) return 0;
     const size_t copied = std::min(string.characters, static_cast<size_t>(size) - 1);
@@ -65,7 +64,7 @@ int32_t LoadTableString(plat::Module* module, uint32_t id, uint32_t lcid, char16
 const char16_t* AdoptTableString(plat::Module* module, uint32_t id, uint32_t lcid) noexcept {
   if (module == nullptr) return nullptr;
   try {
-    const std::lock_guard guard(resourcesMutex);
+    const ResourcesGuard guard;
     ModuleResources* const resources = ResourcesOf(module);
     const CountedString string = FindString(*resources, id, lcid);
     // A damaged table can leave a string on an odd address.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "kernel/kernel_state.h"
 #include "kernel/language.h"
 #include "platform/base/codepage.h"
 #include "platform/base/text.h"

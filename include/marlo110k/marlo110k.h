@@ -16,6 +16,7 @@
 #include "marlo110k/contract/wave.h"
 #include "marlo110k/contract/window.h"
 #include "marlo110k/cpu.h"
+#include "marlo110k/dialogs.h"
 #include "marlo110k/dib.h"
 #include "marlo110k/dib_composite.h"
 #include "marlo110k/dib_copy.h"

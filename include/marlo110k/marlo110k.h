@@ -53,6 +53,7 @@
 #include "marlo110k/riff.h"
 #include "marlo110k/riff64.h"
 #include "marlo110k/samples.h"
+#include "marlo110k/streams.h"
 #include "marlo110k/wavefile.h"
 #include "marlo110k/waveformat.h"
 #include "marlo110k/windowtext.h"

@@ -142,6 +142,12 @@ void PrepareErrors(JpegErrors* errors) {
   errors->manager.emit_message = JumpOutOnWarning;
 }
 
+bool CreateReader(jpeg_decompress_struct* jpeg, JpegErrors* errors) {
+  if (setjmp(errors->place) != 0) return false;
+  jpeg_create_decompress(jpeg);
+  return true;
+}
+
 bool ReadJpegSize(jpeg_decompress_struct* jpeg, JpegErrors* errors, const std::vector<uint8_t>& bytes) {
   if (setjmp(errors->place) != 0) return false;
   jpeg_mem_src(jpeg, bytes.data(), bytes.size());
@@ -165,21 +171,28 @@ struct JpegReader {
   JpegReader() {
     PrepareErrors(&errors);
     jpeg.err = &errors.manager;
-    jpeg_create_decompress(&jpeg);
+    created = CreateReader(&jpeg, &errors);
   }
   ~JpegReader() { jpeg_destroy_decompress(&jpeg); }
   JpegReader(const JpegReader&) = delete;
   JpegReader& operator=(const JpegReader&) = delete;
   JpegErrors errors = {};
   jpeg_decompress_struct jpeg = {};
+  bool created = false;
 };
 
 Image DecodeJpeg(const std::vector<uint8_t>& bytes, const std::string& path) {
   JpegReader reader;
-  if (!ReadJpegSize(&reader.jpeg, &reader.errors, bytes)) throw Broken(path, reader.errors.message);
+  if (!reader.created || !ReadJpegSize(&reader.jpeg, &reader.errors, bytes)) throw Broken(path, reader.errors.message);
   Image image = RoomFor(reader.jpeg.image_width, reader.jpeg.image_height, path);
   if (!ReadJpegRows(&reader.jpeg, &reader.errors, &image)) throw Broken(path, reader.errors.message);
   return image;
+}
+
+bool CreateWriter(jpeg_compress_struct* jpeg, JpegErrors* errors) {
+  if (setjmp(errors->place) != 0) return false;
+  jpeg_create_compress(jpeg);
+  return true;
 }
 
 bool WriteJpegRows(jpeg_compress_struct* jpeg, JpegErrors* errors, const Image* image, unsigned char** bytes,
@@ -206,7 +219,7 @@ struct JpegWriter {
   JpegWriter() {
     PrepareErrors(&errors);
     jpeg.err = &errors.manager;
-    jpeg_create_compress(&jpeg);
+    created = CreateWriter(&jpeg, &errors);
   }
   ~JpegWriter() {
     jpeg_destroy_compress(&jpeg);
@@ -216,6 +229,7 @@ struct JpegWriter {
   JpegWriter& operator=(const JpegWriter&) = delete;
   JpegErrors errors = {};
   jpeg_compress_struct jpeg = {};
+  bool created = false;
   unsigned char* bytes = nullptr;
   unsigned long length = 0;
 };
@@ -224,7 +238,7 @@ void WriteJpeg(const std::string& path, const Image& image) {
   Image overBlack = image;
   overBlack.Premultiply();
   JpegWriter writer;
-  if (!WriteJpegRows(&writer.jpeg, &writer.errors, &overBlack, &writer.bytes, &writer.length)) {
+  if (!writer.created || !WriteJpegRows(&writer.jpeg, &writer.errors, &overBlack, &writer.bytes, &writer.length)) {
     throw Failure(ZR_E_FILE_WRITE, path, std::string(writer.errors.message) + ".");
   }
   WriteWhole(path, writer.bytes, writer.length);

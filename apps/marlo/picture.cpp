@@ -19,6 +19,8 @@ constexpr char kHelp[] =
     "       marlo picture convert IN -o OUT\n"
     "       marlo picture scale IN --size WxH [--filter F] -o OUT\n"
     "       marlo picture composite BASE PIC[@x,y[,WxH]][:mode=NAME|N][:opacity=F]... -o OUT\n"
+    "       marlo picture fade FROM [TO | --color RRGGBB[AA]] --weight F -o OUT\n"
+    "       marlo picture fields WORK IN [LOWER] -o OUT\n"
     "       marlo picture testcard [--size WxH] -o OUT\n"
     "\n"
     "Works on PNG and JPEG files. The extension of OUT chooses its format: .png, .jpg or .jpeg. JPEG has\n"
@@ -32,6 +34,10 @@ constexpr char kHelp[] =
     "  composite  lays each PIC over BASE in turn, with its top left corner at x,y (0,0) and in its own\n"
     "             size or WxH; all four may be fractions. OUT has BASE's size. The opacity is 0 to 1 (1).\n"
     "             A name with an ending that looks like these is protected by writing them out.\n"
+    "  fade       FROM, with a weight of 1 minus F, and TO or a colour with a weight of F, 0 to 1\n"
+    "  fields     interlaced pictures, the upper field being the rows 0, 2, 4 and so on. WORK is weave (IN's\n"
+    "             upper field and LOWER's lower one), upper or lower (that field, with the rows of the other\n"
+    "             as means of their neighbours), soften (rows weighted 1, 2, 1) or smooth (columns too)\n"
     "  testcard   colour bars, ramps, a zone plate and an alpha wedge, 640x360 without a size\n"
     "\n"
     "modes: 0 source, 1 add, 2 subtract, 3 multiply, 4 over (without a mode), 5 over-fade,\n"
@@ -45,7 +51,8 @@ constexpr char kHelp[] =
     "example:\n"
     "  marlo picture composite city.jpg logo.png@20.5,12:opacity=0.6 -o titled.png\n";
 
-constexpr Option kOptions[] = {{"-o", true}, {"--size", true}, {"--filter", true}, {"--json", false}};
+constexpr Option kOptions[] = {{"-o", true},      {"--size", true},   {"--filter", true},
+                               {"--color", true}, {"--weight", true}, {"--json", false}};
 
 struct Work {
   const char* name;
@@ -54,6 +61,7 @@ struct Work {
 };
 
 constexpr const char* kOutputOnly[] = {"-o"};
+constexpr const char* kFadeOptions[] = {"-o", "--color", "--weight"};
 constexpr const char* kInfoOptions[] = {"--json"};
 constexpr const char* kScaleOptions[] = {"-o", "--size", "--filter"};
 constexpr const char* kTestcardOptions[] = {"-o", "--size"};
@@ -61,6 +69,8 @@ constexpr const char* kTestcardOptions[] = {"-o", "--size"};
 constexpr Work kWorks[] = {
     {"composite", kOutputOnly, RunPictureComposite},
     {"convert", kOutputOnly, RunPictureConvert},
+    {"fade", kFadeOptions, RunPictureFade},
+    {"fields", kOutputOnly, RunPictureFields},
     {"info", kInfoOptions, RunPictureInfo},
     {"scale", kScaleOptions, RunPictureScale},
     {"testcard", kTestcardOptions, RunPictureTestcard},
@@ -89,6 +99,12 @@ std::string OutputOfPicture(const Arguments& arguments) {
   return *output;
 }
 
+void RequireSameSize(const Image& first, const Image& second, const std::string& secondPath) {
+  if (first.Width() != second.Width() || first.Height() != second.Height()) {
+    throw Failure(E_INVALIDARG, secondPath, "The pictures differ in size.");
+  }
+}
+
 PictureSize ParsePictureSize(const std::string& text) {
   constexpr uint64_t kLargestSide = 131071;  // What the library scales to.
   const size_t cross = text.find('x');
@@ -101,6 +117,7 @@ PictureSize ParsePictureSize(const std::string& text) {
 }
 
 extern const Command kPictureCommand;
-const Command kPictureCommand = {"picture", "show, convert, scale and composite pictures", kHelp, kOptions, RunPicture};
+const Command kPictureCommand = {"picture", "show, convert, scale, composite and fade pictures", kHelp, kOptions,
+                                 RunPicture};
 
 }  // namespace host

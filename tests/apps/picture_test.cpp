@@ -1,41 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // marlo picture on real files: pixels as another program reads and writes them, and broken files.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "apps/host_run.h"
-#include "apps/sound_bytes.h"
+#include "apps/picture_files.h"
 #include "canvas.h"
 #include "picture_layer.h"
 
 namespace apps_test {
 namespace {
-
-/// Makes a picture file of straight R, G, B, A bytes by another program.
-void MakePicture(const std::string& path, const std::string& size, const Bytes& pixels) {
-  WriteFileBytes(path + ".raw", pixels);
-  const RunResult result = RunProgram({"ffmpeg", "-v", "error", "-y", "-f", "rawvideo", "-pix_fmt", "rgba", "-s", size,
-                                       "-i", path + ".raw", "-frames:v", "1", path});
-  ASSERT_EQ(result.exitCode, 0) << result.err;
-}
-
-/// R, G, B, A bytes of a picture file as another program reads it.
-Bytes PixelsOf(const std::string& path) {
-  const RunResult result =
-      RunProgram({"ffmpeg", "-v", "error", "-y", "-i", path, "-f", "rawvideo", "-pix_fmt", "rgba", path + ".out"});
-  EXPECT_EQ(result.exitCode, 0) << result.err;
-  return ReadFileBytes(path + ".out");
-}
-
-class Picture : public testing::Test {
- protected:
-  void SetUp() override {
-    if (!HasProgram("ffmpeg")) GTEST_SKIP() << "ffmpeg isn't installed";
-  }
-  Folder folder;
-};
 
 TEST_F(Picture, PixelsSurviveFiles) {
   // Row order, channel order and the ends of the range.

@@ -273,4 +273,8 @@ void RequireImageExtension(const std::string& path) {
   }
 }
 
+void RequirePngExtension(const std::string& path) {
+  if (CodingOfExtension(path) != Coding::Png) throw UsageError("\"" + path + "\" doesn't end with .png.");
+}
+
 }  // namespace host

@@ -21,5 +21,7 @@ ImageFile ReadImageFile(const std::string& path);
 void WriteImageFile(const std::string& path, const Image& image);
 /// Throws UsageError unless WriteImageFile knows the extension: to ask before the work.
 void RequireImageExtension(const std::string& path);
+/// Throws UsageError unless the extension is .png.
+void RequirePngExtension(const std::string& path);
 
 }  // namespace host

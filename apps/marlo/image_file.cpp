@@ -5,7 +5,9 @@
 #include <jpeglib.h>
 #include <png.h>
 
+#include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
@@ -113,6 +115,57 @@ void WritePng(const std::string& path, const Image& image) {
     throw Failure(ZR_E_FILE_WRITE, path, png.record.message);
   }
   WriteWhole(path, bytes.data(), length);
+}
+
+/// Bytes that libpng wrote so far. Its callers are C, so nothing here throws.
+struct PngSink {
+  unsigned char* bytes = nullptr;
+  size_t length = 0;
+  size_t room = 0;
+  ~PngSink() { std::free(bytes); }
+};
+
+void AppendPng(png_structp png, png_bytep data, size_t length) {
+  auto* sink = static_cast<PngSink*>(png_get_io_ptr(png));
+  if (length > sink->room - sink->length) {
+    const size_t room = 2 * sink->room + length;
+    void* grown = std::realloc(sink->bytes, room);
+    if (grown == nullptr) png_error(png, "no memory");
+    sink->bytes = static_cast<unsigned char*>(grown);
+    sink->room = room;
+  }
+  std::memcpy(sink->bytes + sink->length, data, length);
+  sink->length += length;
+}
+
+void FlushNothing(png_structp) {}
+
+void JumpOutOfPng(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+
+/// Big-endian R, G, B, A words of a row.
+void MakeRow16(const tZRPIXEL128* pixels, int32_t count, uint8_t* row) {
+  for (int32_t x = 0; x < count; ++x) {
+    for (const float channel : {pixels[x].r, pixels[x].g, pixels[x].b, pixels[x].a}) {
+      const auto word = static_cast<uint16_t>(std::lround(std::clamp(channel, 0.0f, 1.0f) * 65535.0f));
+      *row++ = static_cast<uint8_t>(word >> 8);
+      *row++ = static_cast<uint8_t>(word);
+    }
+  }
+}
+
+/// No object with a destructor lives here: an error jumps out.
+bool WritePngRows16(png_structp png, png_infop info, PngSink* sink, const FloatImage* image, uint8_t* row) {
+  if (setjmp(png_jmpbuf(png)) != 0) return false;
+  png_set_write_fn(png, sink, AppendPng, FlushNothing);
+  png_set_IHDR(png, info, static_cast<png_uint_32>(image->Width()), static_cast<png_uint_32>(image->Height()), 16,
+               PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  png_write_info(png, info);
+  for (int32_t y = 0; y < image->Height(); ++y) {
+    MakeRow16(image->Row(y), image->Width(), row);
+    png_write_row(png, row);
+  }
+  png_write_end(png, info);
+  return true;
 }
 
 // ---- JPEG ------------------------------------------------------------------------------------------
@@ -265,6 +318,18 @@ void WriteImageFile(const std::string& path, const Image& image) {
   } else {
     WriteJpeg(path, image);
   }
+}
+
+void WritePng16(const std::string& path, const FloatImage& image) {
+  RequirePngExtension(path);
+  PngSink sink;
+  std::vector<uint8_t> row(8 * static_cast<size_t>(image.Width()));
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, JumpOutOfPng, nullptr);
+  png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
+  const bool written = info != nullptr && WritePngRows16(png, info, &sink, &image, row.data());
+  png_destroy_write_struct(&png, &info);
+  if (!written) throw Failure(ZR_E_FILE_WRITE, path, "The picture can't be encoded.");
+  WriteWhole(path, sink.bytes, sink.length);
 }
 
 void RequireImageExtension(const std::string& path) {

@@ -18,7 +18,7 @@ constexpr char kHelp[] =
     "usage: marlo picture info IN [--json]\n"
     "       marlo picture convert IN -o OUT\n"
     "       marlo picture scale IN --size WxH [--filter F] -o OUT\n"
-    "       marlo picture composite BASE PIC[@x,y[,WxH]][:mode=NAME|N][:opacity=F]... -o OUT\n"
+    "       marlo picture composite BASE PIC[@x,y[,WxH]][:mode=NAME|N][:opacity=F]... [--type T] -o OUT\n"
     "       marlo picture fade FROM [TO | --color RRGGBB[AA]] --weight F -o OUT\n"
     "       marlo picture fields WORK IN [LOWER] -o OUT\n"
     "       marlo picture testcard [--size WxH] -o OUT\n"
@@ -33,6 +33,7 @@ constexpr char kHelp[] =
     "             axis that gets smaller\n"
     "  composite  lays each PIC over BASE in turn, with its top left corner at x,y (0,0) and in its own\n"
     "             size or WxH; all four may be fractions. OUT has BASE's size. The opacity is 0 to 1 (1).\n"
+    "             T is rgba8 (without it) or rgba16, which works in floats and makes a PNG of 16 bits.\n"
     "             A name with an ending that looks like these is protected by writing them out.\n"
     "  fade       FROM, with a weight of 1 minus F, and TO or a colour with a weight of F, 0 to 1\n"
     "  fields     interlaced pictures, the upper field being the rows 0, 2, 4 and so on. WORK is weave (IN's\n"
@@ -51,8 +52,8 @@ constexpr char kHelp[] =
     "example:\n"
     "  marlo picture composite city.jpg logo.png@20.5,12:opacity=0.6 -o titled.png\n";
 
-constexpr Option kOptions[] = {{"-o", true},      {"--size", true},   {"--filter", true},
-                               {"--color", true}, {"--weight", true}, {"--json", false}};
+constexpr Option kOptions[] = {{"-o", true},     {"--size", true},   {"--filter", true}, {"--color", true},
+                               {"--type", true}, {"--weight", true}, {"--json", false}};
 
 struct Work {
   const char* name;
@@ -61,13 +62,14 @@ struct Work {
 };
 
 constexpr const char* kOutputOnly[] = {"-o"};
+constexpr const char* kCompositeOptions[] = {"-o", "--type"};
 constexpr const char* kFadeOptions[] = {"-o", "--color", "--weight"};
 constexpr const char* kInfoOptions[] = {"--json"};
 constexpr const char* kScaleOptions[] = {"-o", "--size", "--filter"};
 constexpr const char* kTestcardOptions[] = {"-o", "--size"};
 
 constexpr Work kWorks[] = {
-    {"composite", kOutputOnly, RunPictureComposite},
+    {"composite", kCompositeOptions, RunPictureComposite},
     {"convert", kOutputOnly, RunPictureConvert},
     {"fade", kFadeOptions, RunPictureFade},
     {"fields", kOutputOnly, RunPictureFields},

@@ -49,6 +49,24 @@ TEST_F(Picture, CompositeOverAtAPlace) {
   EXPECT_EQ(pixels[15], 255);
 }
 
+TEST_F(Picture, CompositeInSixteenBits) {
+  MakePicture(folder / "base.png", "2x1", {0, 50, 100, 255, 255, 255, 255, 255});
+  MakePicture(folder / "dot.png", "1x1", {200, 0, 100, 255});
+  ASSERT_EQ(RunHost({"picture", "composite", folder / "base.png", folder / "dot.png:opacity=0.3", "--type", "rgba16",
+                     "-o", folder / "o.png"})
+                .err,
+            "");
+  const RunResult decoded = RunProgram(
+      {"ffmpeg", "-v", "error", "-i", folder / "o.png", "-f", "rawvideo", "-pix_fmt", "rgba64le", folder / "o.raw"});
+  ASSERT_EQ(decoded.exitCode, 0) << decoded.err;
+  const Bytes words = ReadFileBytes(folder / "o.raw");
+  ASSERT_EQ(words.size(), 16u);
+  const double expected[] = {0.3 * 200, 0.7 * 50, 0.7 * 100 + 0.3 * 100, 255, 255, 255, 255, 255};
+  for (size_t index = 0; index < 8; ++index) {
+    EXPECT_NEAR(words[2 * index] + 256 * words[2 * index + 1], 257 * expected[index], 2) << index;
+  }
+}
+
 TEST_F(Picture, ScaleKeepsColourAtTransparentEdges) {
   // The transparent half is green; none of it may show.
   MakePicture(folder / "edge.png", "2x1", {255, 0, 0, 255, 0, 255, 0, 0});
@@ -116,6 +134,11 @@ TEST(PictureWords, WrongUsage) {
                                                 {"scale", "a.png", "--size", "0x4", "-o", "b.png"},
                                                 {"scale", "a.png", "--size", "4x4", "--filter", "x", "-o", "b.png"},
                                                 {"composite", "a.png", "b.png:opacity=1.1", "-o", "c.png"},
+                                                {"composite", "a.png", "b.png", "--type", "rgba16", "-o", "c.jpg"},
+                                                {"fade", "a.png", "b.png", "--weight", "1.5", "-o", "c.png"},
+                                                {"fade", "a.png", "--color", "F0", "--weight", "1", "-o", "c.png"},
+                                                {"fields", "turn", "a.png", "-o", "c.png"},
+                                                {"fields", "weave", "a.png", "-o", "c.png"},
                                                 {"composite", "a.png", "b.png:mode=13", "-o", "c.png"}}) {
     std::vector<std::string> line = {"picture"};
     line.insert(line.end(), words.begin(), words.end());

@@ -33,7 +33,7 @@ ROOMS = {
 PUBLIC_HEADERS = {
     "kernel": "clock cpu errors kernel lang list locale log os printf queue windowtext",
     "audio": "channels formattext iir levels resample samples waveformat",
-    "pixel": "dib dib_alpha dib_blend dib_composite dib_copy dib_fields dib_key dib_scale yuv",
+    "pixel": "dib dib_alpha dib_blend dib_composite dib_copy dib_fields dib_key dib_scale hsl yuv",
     "media": "displist iff mriff peak riff riff64 wavefile",
 }
 ROOM_OF_HEADER = {name + ".h": room for room, names in PUBLIC_HEADERS.items() for name in names.split()}

@@ -27,6 +27,7 @@
 #include "marlo110k/displist.h"
 #include "marlo110k/errors.h"
 #include "marlo110k/formattext.h"
+#include "marlo110k/hsl.h"
 #include "marlo110k/iff.h"
 #include "marlo110k/iir.h"
 #include "marlo110k/kernel.h"

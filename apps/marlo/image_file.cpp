@@ -15,15 +15,11 @@
 #include <new>
 
 #include "errors.h"
-#include "open_file.h"
-#include "output_file.h"
-#include "unicode.h"
+#include "whole_file.h"
 
 namespace host {
 namespace {
 
-// What a file may have; a picture within kMostPixels seldom needs more than its pixels' 256 MiB.
-constexpr int64_t kMostFileBytes = int64_t{1} << 29;
 constexpr int kJpegQuality = 95;
 
 enum class Coding { Unknown, Png, Jpeg };
@@ -35,30 +31,6 @@ Coding CodingOfExtension(const std::string& path) {
   if (extension == ".png") return Coding::Png;
   if (extension == ".jpg" || extension == ".jpeg") return Coding::Jpeg;
   return Coding::Unknown;
-}
-
-std::vector<uint8_t> ReadWhole(const std::string& path) {
-  const OpenFile file = OpenFile::ForReading(path);
-  const int64_t length = LengthOf(file.Get(), path);
-  if (length > kMostFileBytes) throw Failure(ZR_E_FILE_TOO_LARGE, path);
-  std::vector<uint8_t> bytes(static_cast<size_t>(length));
-  uint32_t got = 0;
-  if (!bytes.empty() && (!plat::ReadFile(file.Get(), bytes.data(), static_cast<uint32_t>(length), &got) ||
-                         got != static_cast<uint32_t>(length))) {
-    throw Failure(ZR_E_FILE_READ, path);
-  }
-  return bytes;
-}
-
-void WriteWhole(const std::string& path, const uint8_t* data, size_t bytes) {
-  OutputFile output(path);
-  OpenFile file(output.TemporaryPath(), plat::kWriteAccess, plat::kShareNone, plat::kCreateAlways);
-  uint32_t written = 0;
-  if (!plat::WriteFile(file.Get(), data, static_cast<uint32_t>(bytes), &written) || written != bytes) {
-    throw WriteFailure(path);
-  }
-  file.Close();
-  output.Commit();
 }
 
 Failure Broken(const std::string& path, const std::string& reason) {
@@ -114,7 +86,7 @@ void WritePng(const std::string& path, const Image& image) {
                                 nullptr) == 0) {
     throw Failure(ZR_E_FILE_WRITE, path, png.record.message);
   }
-  WriteWhole(path, bytes.data(), length);
+  WriteWholeFile(path, bytes.data(), length);
 }
 
 /// Bytes that libpng wrote so far. Its callers are C, so nothing here throws.
@@ -294,7 +266,7 @@ void WriteJpeg(const std::string& path, const Image& image) {
   if (!writer.created || !WriteJpegRows(&writer.jpeg, &writer.errors, &overBlack, &writer.bytes, &writer.length)) {
     throw Failure(ZR_E_FILE_WRITE, path, std::string(writer.errors.message) + ".");
   }
-  WriteWhole(path, writer.bytes, writer.length);
+  WriteWholeFile(path, writer.bytes, writer.length);
 }
 
 }  // namespace
@@ -302,7 +274,7 @@ void WriteJpeg(const std::string& path, const Image& image) {
 ImageFile ReadImageFile(const std::string& path) {
   constexpr uint8_t kPngStart[] = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
   constexpr uint8_t kJpegStart[] = {0xFF, 0xD8, 0xFF};
-  const std::vector<uint8_t> bytes = ReadWhole(path);
+  const std::vector<uint8_t> bytes = ReadWholeFile(path);
   const auto startsWith = [&](const auto& start) {
     return bytes.size() >= sizeof start && std::memcmp(bytes.data(), start, sizeof start) == 0;
   };
@@ -329,7 +301,7 @@ void WritePng16(const std::string& path, const FloatImage& image) {
   const bool written = info != nullptr && WritePngRows16(png, info, &sink, &image, row.data());
   png_destroy_write_struct(&png, &info);
   if (!written) throw Failure(ZR_E_FILE_WRITE, path, "The picture can't be encoded.");
-  WriteWhole(path, sink.bytes, sink.length);
+  WriteWholeFile(path, sink.bytes, sink.length);
 }
 
 void RequireImageExtension(const std::string& path) {

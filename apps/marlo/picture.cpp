@@ -22,10 +22,12 @@ constexpr char kHelp[] =
     "       marlo picture fade FROM [TO | --color RRGGBB[AA]] --weight F -o OUT\n"
     "       marlo picture fields WORK IN [LOWER] -o OUT\n"
     "       marlo picture testcard [--size WxH] -o OUT\n"
+    "       marlo picture yuv IN [--raw V --size WxH] [--to V] [--matrix 601|709] [--field upper|lower]\n"
+    "                         [--shrink 2|4|8] -o OUT\n"
     "\n"
     "Works on PNG and JPEG files. The extension of OUT chooses its format: .png, .jpg or .jpeg. JPEG has\n"
     "no alpha; transparent parts are laid over black. Values are full range, 0 black and 255 white, and\n"
-    "stay so: no step goes through the studio range of the library's 8-bit conversions.\n"
+    "stay so: video of 16 to 235 comes and goes through floats of full range.\n"
     "\n"
     "  info       format, size and alpha\n"
     "  convert    from one format into the other\n"
@@ -40,6 +42,10 @@ constexpr char kHelp[] =
     "             upper field and LOWER's lower one), upper or lower (that field, with the rows of the other\n"
     "             as means of their neighbours), soften (rows weighted 1, 2, 1) or smooth (columns too)\n"
     "  testcard   colour bars, ramps, a zone plate and an alpha wedge, 640x360 without a size\n"
+    "  yuv        video frames without a header: --raw says what IN is, --to what OUT becomes, if not a\n"
+    "             picture file. V is uyvy, yuyv, i420, yv12, v210 or bgra; yuv422p and y41b for IN. The\n"
+    "             matrix depends on the size if not given: BT.601 for 704 to 720 columns below 720 rows,\n"
+    "             else BT.709. --field makes 4:2:0 chroma interlaced; --shrink divides IN's size.\n"
     "\n"
     "modes: 0 source, 1 add, 2 subtract, 3 multiply, 4 over (without a mode), 5 over-fade,\n"
     "  6 inverse-source, 7 destination, 8 inverse-destination, 9 product, 10 inverse-product, 11 maximum,\n"
@@ -52,8 +58,9 @@ constexpr char kHelp[] =
     "example:\n"
     "  marlo picture composite city.jpg logo.png@20.5,12:opacity=0.6 -o titled.png\n";
 
-constexpr Option kOptions[] = {{"-o", true},     {"--size", true},   {"--filter", true}, {"--color", true},
-                               {"--type", true}, {"--weight", true}, {"--json", false}};
+constexpr Option kOptions[] = {{"-o", true},      {"--size", true},   {"--filter", true}, {"--color", true},
+                               {"--type", true},  {"--raw", true},    {"--to", true},     {"--matrix", true},
+                               {"--field", true}, {"--shrink", true}, {"--weight", true}, {"--json", false}};
 
 struct Work {
   const char* name;
@@ -68,6 +75,8 @@ constexpr const char* kInfoOptions[] = {"--json"};
 constexpr const char* kScaleOptions[] = {"-o", "--size", "--filter"};
 constexpr const char* kTestcardOptions[] = {"-o", "--size"};
 
+constexpr const char* kYuvOptions[] = {"-o", "--raw", "--size", "--to", "--matrix", "--field", "--shrink"};
+
 constexpr Work kWorks[] = {
     {"composite", kCompositeOptions, RunPictureComposite},
     {"convert", kOutputOnly, RunPictureConvert},
@@ -76,6 +85,7 @@ constexpr Work kWorks[] = {
     {"info", kInfoOptions, RunPictureInfo},
     {"scale", kScaleOptions, RunPictureScale},
     {"testcard", kTestcardOptions, RunPictureTestcard},
+    {"yuv", kYuvOptions, RunPictureYuv},
 };
 
 int RunPicture(const Arguments& arguments) {
@@ -119,7 +129,7 @@ PictureSize ParsePictureSize(const std::string& text) {
 }
 
 extern const Command kPictureCommand;
-const Command kPictureCommand = {"picture", "show, convert, scale, composite and fade pictures", kHelp, kOptions,
-                                 RunPicture};
+const Command kPictureCommand = {"picture", "show, convert, scale, composite and fade pictures and video frames", kHelp,
+                                 kOptions, RunPicture};
 
 }  // namespace host

@@ -15,6 +15,7 @@ int RunPictureFields(const Arguments& arguments);
 int RunPictureInfo(const Arguments& arguments);
 int RunPictureScale(const Arguments& arguments);
 int RunPictureTestcard(const Arguments& arguments);
+int RunPictureYuv(const Arguments& arguments);
 
 /// The value of -o, whose extension is one that can be written. Throws UsageError without it.
 std::string OutputOfPicture(const Arguments& arguments);

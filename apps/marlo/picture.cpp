@@ -25,9 +25,9 @@ constexpr char kHelp[] =
     "       marlo picture yuv IN [--raw V --size WxH] [--to V] [--matrix 601|709] [--field upper|lower]\n"
     "                         [--shrink 2|4|8] -o OUT\n"
     "\n"
-    "Works on PNG and JPEG files. The extension of OUT chooses its format: .png, .jpg or .jpeg. JPEG has\n"
-    "no alpha; transparent parts are laid over black. Values are full range, 0 black and 255 white, and\n"
-    "stay so: video of 16 to 235 comes and goes through floats of full range.\n"
+    "Works on PNG and JPEG files. The extension of OUT chooses its format: .png, .jpg or .jpeg. JPEG and\n"
+    "video have no alpha; transparent parts are laid over black. Values are full range, 0 black and 255\n"
+    "white, and stay so: video of 16 to 235 comes and goes through floats of full range.\n"
     "\n"
     "  info       format, size and alpha\n"
     "  convert    from one format into the other\n"
@@ -55,8 +55,9 @@ constexpr char kHelp[] =
     "  -o OUT  the output, complete or not there at all\n"
     "  --json  info as one JSON document\n"
     "\n"
-    "example:\n"
-    "  marlo picture composite city.jpg logo.png@20.5,12:opacity=0.6 -o titled.png\n";
+    "examples:\n"
+    "  marlo picture composite city.jpg logo.png@20.5,12:opacity=0.6 -o titled.png\n"
+    "  marlo picture yuv frame.raw --raw uyvy --size 1920x1080 -o frame.png\n";
 
 constexpr Option kOptions[] = {{"-o", true},      {"--size", true},   {"--filter", true}, {"--color", true},
                                {"--type", true},  {"--raw", true},    {"--to", true},     {"--matrix", true},

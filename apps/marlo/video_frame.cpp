@@ -49,6 +49,9 @@ struct FrameLayout {
     if (pixels > kMostPixels) throw Failure(ZR_E_FILE_TOO_LARGE, "", "A picture has at most 67108864 pixels.");
     const BITMAPINFOHEADER header = VideoHeader(format.fourcc, width, height);
     bytes = format.fourcc != 0 ? ZrYUVImageBytesAndOffsets(&header, planes) : pixels * (Is(format, "bgra") ? 4 : 2);
+    // Rows of a narrow v210 frame are mostly padding.
+    constexpr uint64_t kMostFrameBytes = uint64_t{1} << 29;
+    if (bytes == 0 || bytes > kMostFrameBytes) throw Failure(ZR_E_FILE_TOO_LARGE, "", "A frame has at most 512 MiB.");
   }
 };
 

@@ -4,6 +4,7 @@
 
 #include "marlo110k/channels.h"
 #include "marlo110k/clock.h"
+#include "marlo110k/contract/audiodev.h"
 #include "marlo110k/contract/engine.h"
 #include "marlo110k/contract/exception.h"
 #include "marlo110k/contract/filetime.h"
@@ -50,6 +51,7 @@
 #include "marlo110k/riff.h"
 #include "marlo110k/riff64.h"
 #include "marlo110k/samples.h"
+#include "marlo110k/streams.h"
 #include "marlo110k/wavefile.h"
 #include "marlo110k/waveformat.h"
 #include "marlo110k/windowtext.h"

@@ -113,6 +113,6 @@ void Dither8Chroma(uint16_t* u, uint16_t* v, const uint8_t* first, const uint8_t
 const YuvRows kYuvRowsPlain = {FromPacked<1, 0>, FromPacked<0, 1>, FromPlanes,   ToUyvy,
                                CutV210,          Dither8Luma,      Dither8Chroma};
 
-const YuvRows& YuvRowKernels() noexcept { return kYuvRowsPlain; }
+const YuvRows& YuvRowKernels() noexcept { return UseAvx2() ? kYuvRowsAvx2 : kYuvRowsPlain; }
 
 }  // namespace marlo::pixel

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Planar 4:2:0 rearranged to other layouts.
 
-#include "marlo110k/dib.h"
 #include "marlo110k/yuv.h"
 
 #include <cstring>
+
+#include "marlo110k/dib.h"
 
 namespace {
 

@@ -13,6 +13,7 @@ packages_build=(
   libgmock-dev
   libgtest-dev
   libicu-dev
+  libsqlite3-dev
   llvm-14
   mold
   ninja-build

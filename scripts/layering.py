@@ -31,7 +31,7 @@ ROOMS = {
 
 # The room of each public header. A new header names its room here; contract/ and platform/ are below all.
 PUBLIC_HEADERS = {
-    "kernel": "clock cpu errors kernel lang list locale log os printf queue windowtext",
+    "kernel": "clock cpu errors kernel lang list locale log metric os printf queue windowtext",
     "audio": "channels formattext iir levels resample samples waveformat",
     "media": "displist iff mriff riff riff64 wavefile",
     "pixel": "dib dib_composite dib_copy dib_scale yuv",

@@ -17,11 +17,12 @@ function(marlo_discover_tests name)
     # The discovery can't carry a list as a property.
     message(FATAL_ERROR "${name}: a test program has one label at most")
   endif()
-  # Texts are those of the user's language.
-  set(properties TIMEOUT 300 ENVIRONMENT LC_ALL=C)
+  # Texts are those of the user's language; nobody's own settings are touched.
+  set(common ENVIRONMENT LC_ALL=C ENVIRONMENT_MODIFICATION MARLO_SETTINGS_DIR=set:${CMAKE_BINARY_DIR}/test_settings)
+  set(properties TIMEOUT 300 ${common})
   if("slow" IN_LIST ARGN)
     # The exhaustive forms of the nightly run.
-    set(properties TIMEOUT 7200 ENVIRONMENT LC_ALL=C)
+    set(properties TIMEOUT 7200 ${common})
   endif()
   if(ARGC GREATER 1)
     list(APPEND properties LABELS ${ARGN})

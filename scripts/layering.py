@@ -31,7 +31,7 @@ ROOMS = {
 
 # The room of each public header. A new header names its room here; contract/ and platform/ are below all.
 PUBLIC_HEADERS = {
-    "kernel": "clock cpu errors kernel lang list locale log os printf queue streams windowtext",
+    "kernel": "clock cpu dialogs errors kernel lang list locale log menus metric numtext os printf queue resources smpte streams timetext windowtext",
     "audio": "channels formattext iir levels resample samples waveformat",
     "pixel": "dib dib_alpha dib_blend dib_composite dib_copy dib_fields dib_key dib_scale hsl yuv",
     "media": "displist iff mriff peak riff riff64 wavefile",

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "errors.h"
+#include "marlo110k/dib_alpha.h"
 
 namespace host {
 
@@ -22,10 +23,8 @@ BITMAPINFOHEADER Image::Header() const {
 }
 
 void Image::Premultiply() {
-  for (tZRPIXEL32& pixel : pixels_) {
-    const auto scaled = [&](uint8_t channel) { return static_cast<uint8_t>((channel * pixel.a + 127) / 255); };
-    pixel = {scaled(pixel.b), scaled(pixel.g), scaled(pixel.r), pixel.a};
-  }
+  const RECT bounds = Bounds();
+  Check(ZrDibPremultiply(pixels_.data(), &bounds, 4 * width_, nullptr, 4), "");
 }
 
 void Image::Unpremultiply() {

@@ -27,8 +27,10 @@ class Image {
   const std::vector<tZRPIXEL32>& Pixels() const { return pixels_; }
   /// The descriptor of these pixels, which lie apart from it.
   BITMAPINFOHEADER Header() const;
+  /// The rectangle of the whole picture.
+  RECT Bounds() const { return {0, 0, width_, height_}; }
 
-  /// Makes the alpha premultiplied: (c * a + 127) / 255.
+  /// Makes the alpha premultiplied: c * a / 255, cut.
   void Premultiply();
   /// Makes premultiplied alpha straight: (c * 255 + a / 2) / a, at most 255, and 0 for a = 0.
   void Unpremultiply();

@@ -5,7 +5,9 @@
 #include <jpeglib.h>
 #include <png.h>
 
+#include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
@@ -13,15 +15,11 @@
 #include <new>
 
 #include "errors.h"
-#include "open_file.h"
-#include "output_file.h"
-#include "unicode.h"
+#include "whole_file.h"
 
 namespace host {
 namespace {
 
-// What a file may have; a picture within kMostPixels seldom needs more than its pixels' 256 MiB.
-constexpr int64_t kMostFileBytes = int64_t{1} << 29;
 constexpr int kJpegQuality = 95;
 
 enum class Coding { Unknown, Png, Jpeg };
@@ -33,30 +31,6 @@ Coding CodingOfExtension(const std::string& path) {
   if (extension == ".png") return Coding::Png;
   if (extension == ".jpg" || extension == ".jpeg") return Coding::Jpeg;
   return Coding::Unknown;
-}
-
-std::vector<uint8_t> ReadWhole(const std::string& path) {
-  const OpenFile file = OpenFile::ForReading(path);
-  const int64_t length = LengthOf(file.Get(), path);
-  if (length > kMostFileBytes) throw Failure(ZR_E_FILE_TOO_LARGE, path);
-  std::vector<uint8_t> bytes(static_cast<size_t>(length));
-  uint32_t got = 0;
-  if (!bytes.empty() && (!plat::ReadFile(file.Get(), bytes.data(), static_cast<uint32_t>(length), &got) ||
-                         got != static_cast<uint32_t>(length))) {
-    throw Failure(ZR_E_FILE_READ, path);
-  }
-  return bytes;
-}
-
-void WriteWhole(const std::string& path, const uint8_t* data, size_t bytes) {
-  OutputFile output(path);
-  OpenFile file(output.TemporaryPath(), plat::kWriteAccess, plat::kShareNone, plat::kCreateAlways);
-  uint32_t written = 0;
-  if (!plat::WriteFile(file.Get(), data, static_cast<uint32_t>(bytes), &written) || written != bytes) {
-    throw WriteFailure(path);
-  }
-  file.Close();
-  output.Commit();
 }
 
 Failure Broken(const std::string& path, const std::string& reason) {
@@ -112,7 +86,58 @@ void WritePng(const std::string& path, const Image& image) {
                                 nullptr) == 0) {
     throw Failure(ZR_E_FILE_WRITE, path, png.record.message);
   }
-  WriteWhole(path, bytes.data(), length);
+  WriteWholeFile(path, bytes.data(), length);
+}
+
+/// Bytes that libpng wrote so far. Its callers are C, so nothing here throws.
+struct PngSink {
+  unsigned char* bytes = nullptr;
+  size_t length = 0;
+  size_t room = 0;
+  ~PngSink() { std::free(bytes); }
+};
+
+void AppendPng(png_structp png, png_bytep data, size_t length) {
+  auto* sink = static_cast<PngSink*>(png_get_io_ptr(png));
+  if (length > sink->room - sink->length) {
+    const size_t room = 2 * sink->room + length;
+    void* grown = std::realloc(sink->bytes, room);
+    if (grown == nullptr) png_error(png, "no memory");
+    sink->bytes = static_cast<unsigned char*>(grown);
+    sink->room = room;
+  }
+  std::memcpy(sink->bytes + sink->length, data, length);
+  sink->length += length;
+}
+
+void FlushNothing(png_structp) {}
+
+void JumpOutOfPng(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+
+/// Big-endian R, G, B, A words of a row.
+void MakeRow16(const tZRPIXEL128* pixels, int32_t count, uint8_t* row) {
+  for (int32_t x = 0; x < count; ++x) {
+    for (const float channel : {pixels[x].r, pixels[x].g, pixels[x].b, pixels[x].a}) {
+      const auto word = static_cast<uint16_t>(std::lround(std::clamp(channel, 0.0f, 1.0f) * 65535.0f));
+      *row++ = static_cast<uint8_t>(word >> 8);
+      *row++ = static_cast<uint8_t>(word);
+    }
+  }
+}
+
+/// No object with a destructor lives here: an error jumps out.
+bool WritePngRows16(png_structp png, png_infop info, PngSink* sink, const FloatImage* image, uint8_t* row) {
+  if (setjmp(png_jmpbuf(png)) != 0) return false;
+  png_set_write_fn(png, sink, AppendPng, FlushNothing);
+  png_set_IHDR(png, info, static_cast<png_uint_32>(image->Width()), static_cast<png_uint_32>(image->Height()), 16,
+               PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  png_write_info(png, info);
+  for (int32_t y = 0; y < image->Height(); ++y) {
+    MakeRow16(image->Row(y), image->Width(), row);
+    png_write_row(png, row);
+  }
+  png_write_end(png, info);
+  return true;
 }
 
 // ---- JPEG ------------------------------------------------------------------------------------------
@@ -142,6 +167,12 @@ void PrepareErrors(JpegErrors* errors) {
   errors->manager.emit_message = JumpOutOnWarning;
 }
 
+bool CreateReader(jpeg_decompress_struct* jpeg, JpegErrors* errors) {
+  if (setjmp(errors->place) != 0) return false;
+  jpeg_create_decompress(jpeg);
+  return true;
+}
+
 bool ReadJpegSize(jpeg_decompress_struct* jpeg, JpegErrors* errors, const std::vector<uint8_t>& bytes) {
   if (setjmp(errors->place) != 0) return false;
   jpeg_mem_src(jpeg, bytes.data(), bytes.size());
@@ -165,21 +196,28 @@ struct JpegReader {
   JpegReader() {
     PrepareErrors(&errors);
     jpeg.err = &errors.manager;
-    jpeg_create_decompress(&jpeg);
+    created = CreateReader(&jpeg, &errors);
   }
   ~JpegReader() { jpeg_destroy_decompress(&jpeg); }
   JpegReader(const JpegReader&) = delete;
   JpegReader& operator=(const JpegReader&) = delete;
   JpegErrors errors = {};
   jpeg_decompress_struct jpeg = {};
+  bool created = false;
 };
 
 Image DecodeJpeg(const std::vector<uint8_t>& bytes, const std::string& path) {
   JpegReader reader;
-  if (!ReadJpegSize(&reader.jpeg, &reader.errors, bytes)) throw Broken(path, reader.errors.message);
+  if (!reader.created || !ReadJpegSize(&reader.jpeg, &reader.errors, bytes)) throw Broken(path, reader.errors.message);
   Image image = RoomFor(reader.jpeg.image_width, reader.jpeg.image_height, path);
   if (!ReadJpegRows(&reader.jpeg, &reader.errors, &image)) throw Broken(path, reader.errors.message);
   return image;
+}
+
+bool CreateWriter(jpeg_compress_struct* jpeg, JpegErrors* errors) {
+  if (setjmp(errors->place) != 0) return false;
+  jpeg_create_compress(jpeg);
+  return true;
 }
 
 bool WriteJpegRows(jpeg_compress_struct* jpeg, JpegErrors* errors, const Image* image, unsigned char** bytes,
@@ -206,7 +244,7 @@ struct JpegWriter {
   JpegWriter() {
     PrepareErrors(&errors);
     jpeg.err = &errors.manager;
-    jpeg_create_compress(&jpeg);
+    created = CreateWriter(&jpeg, &errors);
   }
   ~JpegWriter() {
     jpeg_destroy_compress(&jpeg);
@@ -216,6 +254,7 @@ struct JpegWriter {
   JpegWriter& operator=(const JpegWriter&) = delete;
   JpegErrors errors = {};
   jpeg_compress_struct jpeg = {};
+  bool created = false;
   unsigned char* bytes = nullptr;
   unsigned long length = 0;
 };
@@ -224,10 +263,10 @@ void WriteJpeg(const std::string& path, const Image& image) {
   Image overBlack = image;
   overBlack.Premultiply();
   JpegWriter writer;
-  if (!WriteJpegRows(&writer.jpeg, &writer.errors, &overBlack, &writer.bytes, &writer.length)) {
+  if (!writer.created || !WriteJpegRows(&writer.jpeg, &writer.errors, &overBlack, &writer.bytes, &writer.length)) {
     throw Failure(ZR_E_FILE_WRITE, path, std::string(writer.errors.message) + ".");
   }
-  WriteWhole(path, writer.bytes, writer.length);
+  WriteWholeFile(path, writer.bytes, writer.length);
 }
 
 }  // namespace
@@ -235,7 +274,7 @@ void WriteJpeg(const std::string& path, const Image& image) {
 ImageFile ReadImageFile(const std::string& path) {
   constexpr uint8_t kPngStart[] = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
   constexpr uint8_t kJpegStart[] = {0xFF, 0xD8, 0xFF};
-  const std::vector<uint8_t> bytes = ReadWhole(path);
+  const std::vector<uint8_t> bytes = ReadWholeFile(path);
   const auto startsWith = [&](const auto& start) {
     return bytes.size() >= sizeof start && std::memcmp(bytes.data(), start, sizeof start) == 0;
   };
@@ -253,10 +292,26 @@ void WriteImageFile(const std::string& path, const Image& image) {
   }
 }
 
+void WritePng16(const std::string& path, const FloatImage& image) {
+  RequirePngExtension(path);
+  PngSink sink;
+  std::vector<uint8_t> row(8 * static_cast<size_t>(image.Width()));
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, JumpOutOfPng, nullptr);
+  png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
+  const bool written = info != nullptr && WritePngRows16(png, info, &sink, &image, row.data());
+  png_destroy_write_struct(&png, &info);
+  if (!written) throw Failure(ZR_E_FILE_WRITE, path, "The picture can't be encoded.");
+  WriteWholeFile(path, sink.bytes, sink.length);
+}
+
 void RequireImageExtension(const std::string& path) {
   if (CodingOfExtension(path) == Coding::Unknown) {
     throw UsageError("\"" + path + "\" ends with neither .png nor .jpg nor .jpeg.");
   }
+}
+
+void RequirePngExtension(const std::string& path) {
+  if (CodingOfExtension(path) != Coding::Png) throw UsageError("\"" + path + "\" doesn't end with .png.");
 }
 
 }  // namespace host

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "float_image.h"
 #include "image.h"
 
 namespace host {
@@ -19,7 +20,11 @@ ImageFile ReadImageFile(const std::string& path);
 /// Writes a file whose extension chooses the format: .png, .jpg or .jpeg; the file appears when it is complete.
 /// JPEG (quality 95) has no alpha: transparent parts are laid over black. Throws UsageError for other extensions.
 void WriteImageFile(const std::string& path, const Image& image);
+/// Writes a PNG of 16 bits a channel with straight alpha. Values are cut to 0 to 1.
+void WritePng16(const std::string& path, const FloatImage& image);
 /// Throws UsageError unless WriteImageFile knows the extension: to ask before the work.
 void RequireImageExtension(const std::string& path);
+/// Throws UsageError unless the extension is .png.
+void RequirePngExtension(const std::string& path);
 
 }  // namespace host

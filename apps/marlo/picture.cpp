@@ -18,12 +18,16 @@ constexpr char kHelp[] =
     "usage: marlo picture info IN [--json]\n"
     "       marlo picture convert IN -o OUT\n"
     "       marlo picture scale IN --size WxH [--filter F] -o OUT\n"
-    "       marlo picture composite BASE PIC[@x,y[,WxH]][:mode=NAME|N][:opacity=F]... -o OUT\n"
+    "       marlo picture composite BASE PIC[@x,y[,WxH]][:mode=NAME|N][:opacity=F]... [--type T] -o OUT\n"
+    "       marlo picture fade FROM [TO | --color RRGGBB[AA]] --weight F -o OUT\n"
+    "       marlo picture fields WORK IN [LOWER] -o OUT\n"
     "       marlo picture testcard [--size WxH] -o OUT\n"
+    "       marlo picture yuv IN [--raw V --size WxH] [--to V] [--matrix 601|709] [--field upper|lower]\n"
+    "                         [--shrink 2|4|8] -o OUT\n"
     "\n"
-    "Works on PNG and JPEG files. The extension of OUT chooses its format: .png, .jpg or .jpeg. JPEG has\n"
-    "no alpha; transparent parts are laid over black. Values are full range, 0 black and 255 white, and\n"
-    "stay so: no step goes through the studio range of the library's 8-bit conversions.\n"
+    "Works on PNG and JPEG files. The extension of OUT chooses its format: .png, .jpg or .jpeg. JPEG and\n"
+    "video have no alpha; transparent parts are laid over black. Values are full range, 0 black and 255\n"
+    "white, and stay so: video of 16 to 235 comes and goes through floats of full range.\n"
     "\n"
     "  info       format, size and alpha\n"
     "  convert    from one format into the other\n"
@@ -31,8 +35,17 @@ constexpr char kHelp[] =
     "             axis that gets smaller\n"
     "  composite  lays each PIC over BASE in turn, with its top left corner at x,y (0,0) and in its own\n"
     "             size or WxH; all four may be fractions. OUT has BASE's size. The opacity is 0 to 1 (1).\n"
+    "             T is rgba8 (without it) or rgba16, which works in floats and makes a PNG of 16 bits.\n"
     "             A name with an ending that looks like these is protected by writing them out.\n"
+    "  fade       FROM, with a weight of 1 minus F, and TO or a colour with a weight of F, 0 to 1\n"
+    "  fields     interlaced pictures, the upper field being the rows 0, 2, 4 and so on. WORK is weave (IN's\n"
+    "             upper field and LOWER's lower one), upper or lower (that field, with the rows of the other\n"
+    "             as means of their neighbours), soften (rows weighted 1, 2, 1) or smooth (columns too)\n"
     "  testcard   colour bars, ramps, a zone plate and an alpha wedge, 640x360 without a size\n"
+    "  yuv        video frames without a header: --raw says what IN is, --to what OUT becomes, if not a\n"
+    "             picture file. V is uyvy, yuyv, i420, yv12, v210 or bgra; yuv422p and y41b for IN. The\n"
+    "             matrix depends on the size if not given: BT.601 for 704 to 720 columns below 720 rows,\n"
+    "             else BT.709. --field makes 4:2:0 chroma interlaced; --shrink divides IN's size.\n"
     "\n"
     "modes: 0 source, 1 add, 2 subtract, 3 multiply, 4 over (without a mode), 5 over-fade,\n"
     "  6 inverse-source, 7 destination, 8 inverse-destination, 9 product, 10 inverse-product, 11 maximum,\n"
@@ -42,10 +55,13 @@ constexpr char kHelp[] =
     "  -o OUT  the output, complete or not there at all\n"
     "  --json  info as one JSON document\n"
     "\n"
-    "example:\n"
-    "  marlo picture composite city.jpg logo.png@20.5,12:opacity=0.6 -o titled.png\n";
+    "examples:\n"
+    "  marlo picture composite city.jpg logo.png@20.5,12:opacity=0.6 -o titled.png\n"
+    "  marlo picture yuv frame.raw --raw uyvy --size 1920x1080 -o frame.png\n";
 
-constexpr Option kOptions[] = {{"-o", true}, {"--size", true}, {"--filter", true}, {"--json", false}};
+constexpr Option kOptions[] = {{"-o", true},      {"--size", true},   {"--filter", true}, {"--color", true},
+                               {"--type", true},  {"--raw", true},    {"--to", true},     {"--matrix", true},
+                               {"--field", true}, {"--shrink", true}, {"--weight", true}, {"--json", false}};
 
 struct Work {
   const char* name;
@@ -54,16 +70,23 @@ struct Work {
 };
 
 constexpr const char* kOutputOnly[] = {"-o"};
+constexpr const char* kCompositeOptions[] = {"-o", "--type"};
+constexpr const char* kFadeOptions[] = {"-o", "--color", "--weight"};
 constexpr const char* kInfoOptions[] = {"--json"};
 constexpr const char* kScaleOptions[] = {"-o", "--size", "--filter"};
 constexpr const char* kTestcardOptions[] = {"-o", "--size"};
 
+constexpr const char* kYuvOptions[] = {"-o", "--raw", "--size", "--to", "--matrix", "--field", "--shrink"};
+
 constexpr Work kWorks[] = {
-    {"composite", kOutputOnly, RunPictureComposite},
+    {"composite", kCompositeOptions, RunPictureComposite},
     {"convert", kOutputOnly, RunPictureConvert},
+    {"fade", kFadeOptions, RunPictureFade},
+    {"fields", kOutputOnly, RunPictureFields},
     {"info", kInfoOptions, RunPictureInfo},
     {"scale", kScaleOptions, RunPictureScale},
     {"testcard", kTestcardOptions, RunPictureTestcard},
+    {"yuv", kYuvOptions, RunPictureYuv},
 };
 
 int RunPicture(const Arguments& arguments) {
@@ -89,6 +112,12 @@ std::string OutputOfPicture(const Arguments& arguments) {
   return *output;
 }
 
+void RequireSameSize(const Image& first, const Image& second, const std::string& secondPath) {
+  if (first.Width() != second.Width() || first.Height() != second.Height()) {
+    throw Failure(E_INVALIDARG, secondPath, "The pictures differ in size.");
+  }
+}
+
 PictureSize ParsePictureSize(const std::string& text) {
   constexpr uint64_t kLargestSide = 131071;  // What the library scales to.
   const size_t cross = text.find('x');
@@ -101,6 +130,7 @@ PictureSize ParsePictureSize(const std::string& text) {
 }
 
 extern const Command kPictureCommand;
-const Command kPictureCommand = {"picture", "show, convert, scale and composite pictures", kHelp, kOptions, RunPicture};
+const Command kPictureCommand = {"picture", "show, convert, scale, composite and fade pictures and video frames", kHelp,
+                                 kOptions, RunPicture};
 
 }  // namespace host

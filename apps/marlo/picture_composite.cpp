@@ -14,8 +14,9 @@ namespace {
 
 int32_t Subpixel(double pixels) { return static_cast<int32_t>(std::lround(pixels * kZrSubpixelOne)); }
 
-void LayOver(Image* base, const PictureLayer& layer) {
-  Image picture = ReadImageFile(layer.path).image;
+template <typename Picture>
+void LayOver(Picture* base, const PictureLayer& layer) {
+  Picture picture(ReadImageFile(layer.path).image);
   picture.Premultiply();
   const double width = layer.width.value_or(picture.Width());
   const double height = layer.height.value_or(picture.Height());
@@ -35,6 +36,15 @@ void LayOver(Image* base, const PictureLayer& layer) {
         layer.path);
 }
 
+template <typename Picture>
+Picture Compose(const std::string& basePath, const std::vector<PictureLayer>& layers) {
+  Picture base(ReadImageFile(basePath).image);
+  base.Premultiply();
+  for (const PictureLayer& layer : layers) LayOver(&base, layer);
+  base.Unpremultiply();
+  return base;
+}
+
 }  // namespace
 
 int RunPictureComposite(const Arguments& arguments) {
@@ -44,11 +54,15 @@ int RunPictureComposite(const Arguments& arguments) {
   std::vector<PictureLayer> layers;
   for (size_t index = 2; index < words.size(); ++index) layers.push_back(ParsePictureLayer(words[index]));
 
-  Image base = ReadImageFile(words[1]).image;
-  base.Premultiply();
-  for (const PictureLayer& layer : layers) LayOver(&base, layer);
-  base.Unpremultiply();
-  WriteImageFile(output, base);
+  const std::string* type = arguments.Value("--type");
+  if (type == nullptr || *type == "rgba8") {
+    WriteImageFile(output, Compose<Image>(words[1], layers));
+  } else if (*type == "rgba16") {
+    RequirePngExtension(output);
+    WritePng16(output, Compose<FloatImage>(words[1], layers));
+  } else {
+    throw UsageError("\"" + *type + "\" is neither rgba8 nor rgba16.");
+  }
   return kFine;
 }
 

@@ -101,8 +101,8 @@ ZR_API void ZrSetLangID(const char16_t* text) noexcept;
 //
 // It stands as number "ULangID" in the settings key Software\\COMPANY\\PRODUCT\\MAJOR.MINOR\\Lang, or in
 // Software\\COMPANY\\PRODUCT\\Lang without a version. The version is a word as ZrKernel_GetVersion gives; one below
-// 1.0 counts as none. The user's settings are asked first, then the machine's. While the library has no settings
-// store, nothing is found and nothing is stored.
+// 1.0 counts as none. The user's settings are asked first, then the machine's. While the settings store
+// can't be had, nothing is found and nothing is stored.
 
 /// Reads the choice of a product of "Orlu Works". @param lcid written only when a value was read.
 /// @param withoutVersion non-zero leaves the version out. @return 1 when a value was read, else 0.

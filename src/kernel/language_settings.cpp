@@ -10,7 +10,6 @@
 namespace marlo {
 namespace {
 
-constexpr char16_t kOwnCompany[] = u"Orlu Works";
 constexpr char16_t kValueName[] = u"ULangID";
 
 constinit std::atomic<const NumberStore*> languageStore{nullptr};

@@ -6,6 +6,9 @@
 
 namespace marlo {
 
+/// Whose products' settings stand where no company is told.
+inline constexpr char16_t kOwnCompany[] = u"Orlu Works";
+
 /// The two trees of settings.
 enum class SettingsRoot { kUser, kMachine };
 

@@ -10,6 +10,7 @@
 #include "kernel/kernel_clock.h"
 #include "kernel/kernel_state.h"
 #include "kernel/language.h"
+#include "kernel/metrics.h"
 #include "kernel/system_facts.h"
 #include "kernel/threadbuf.h"
 #include "marlo110k/list.h"
@@ -176,13 +177,19 @@ bool NoteProcessName(const StageContext&) {
   return true;
 }
 
+/// Without a place for its settings the library runs on defaults.
+bool OpenSettings(const StageContext&) {
+  OpenKernelMetrics();
+  return true;
+}
+
 bool CreateBuffers(const StageContext&) { return CreateThreadBuffers(); }
 
 constexpr Stage kAttachStages[] = {
     {"alignment fault setting", ApplyAlignmentFaultSetting},
     {"early initialisation", InitializeEarly},
     {"process name", NoteProcessName},
-    {"settings", ServiceComesLater, Where::kUserInterface},
+    {"settings", OpenSettings, Where::kUserInterface},
     {"controls", ServiceComesLater, Where::kUserInterface},
     {"explorer window class", ServiceComesLater, Where::kUserInterface},
     {"image services", ServiceComesLater, Where::kUserInterface},
@@ -200,6 +207,11 @@ bool DestroyBuffers(const StageContext&) {
   return true;
 }
 
+bool CloseSettings(const StageContext&) {
+  CloseKernelMetrics();
+  return true;
+}
+
 bool TerminateLate(const StageContext& context) { return ZrKernel_LateTerminate(context.module) != 0; }
 
 constexpr Stage kDetachStages[] = {
@@ -208,7 +220,7 @@ constexpr Stage kDetachStages[] = {
     {"unregister explorer window class", ServiceComesLater, Where::kUserInterface},
     {"terminate controls", ServiceComesLater, Where::kUserInterface},
     {"destroy still images", ServiceComesLater, Where::kUserInterface},
-    {"close settings", ServiceComesLater},
+    {"close settings", CloseSettings},
     {"late termination", TerminateLate},
     {"forget module", ForgetModule},
 };

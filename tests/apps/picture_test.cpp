@@ -1,41 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // marlo picture on real files: pixels as another program reads and writes them, and broken files.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "apps/host_run.h"
-#include "apps/sound_bytes.h"
+#include "apps/picture_files.h"
 #include "canvas.h"
 #include "picture_layer.h"
 
 namespace apps_test {
 namespace {
-
-/// Makes a picture file of straight R, G, B, A bytes by another program.
-void MakePicture(const std::string& path, const std::string& size, const Bytes& pixels) {
-  WriteFileBytes(path + ".raw", pixels);
-  const RunResult result = RunProgram({"ffmpeg", "-v", "error", "-y", "-f", "rawvideo", "-pix_fmt", "rgba", "-s", size,
-                                       "-i", path + ".raw", "-frames:v", "1", path});
-  ASSERT_EQ(result.exitCode, 0) << result.err;
-}
-
-/// R, G, B, A bytes of a picture file as another program reads it.
-Bytes PixelsOf(const std::string& path) {
-  const RunResult result =
-      RunProgram({"ffmpeg", "-v", "error", "-y", "-i", path, "-f", "rawvideo", "-pix_fmt", "rgba", path + ".out"});
-  EXPECT_EQ(result.exitCode, 0) << result.err;
-  return ReadFileBytes(path + ".out");
-}
-
-class Picture : public testing::Test {
- protected:
-  void SetUp() override {
-    if (!HasProgram("ffmpeg")) GTEST_SKIP() << "ffmpeg isn't installed";
-  }
-  Folder folder;
-};
 
 TEST_F(Picture, PixelsSurviveFiles) {
   // Row order, channel order and the ends of the range.
@@ -72,6 +47,24 @@ TEST_F(Picture, CompositeOverAtAPlace) {
     EXPECT_NEAR(pixels[12 + channel], straight[channel] * alpha + pixels[channel] * (1 - alpha), 1.5) << channel;
   }
   EXPECT_EQ(pixels[15], 255);
+}
+
+TEST_F(Picture, CompositeInSixteenBits) {
+  MakePicture(folder / "base.png", "2x1", {0, 50, 100, 255, 255, 255, 255, 255});
+  MakePicture(folder / "dot.png", "1x1", {200, 0, 100, 255});
+  ASSERT_EQ(RunHost({"picture", "composite", folder / "base.png", folder / "dot.png:opacity=0.3", "--type", "rgba16",
+                     "-o", folder / "o.png"})
+                .err,
+            "");
+  const RunResult decoded = RunProgram(
+      {"ffmpeg", "-v", "error", "-i", folder / "o.png", "-f", "rawvideo", "-pix_fmt", "rgba64le", folder / "o.raw"});
+  ASSERT_EQ(decoded.exitCode, 0) << decoded.err;
+  const Bytes words = ReadFileBytes(folder / "o.raw");
+  ASSERT_EQ(words.size(), 16u);
+  const double expected[] = {0.3 * 200, 0.7 * 50, 0.7 * 100 + 0.3 * 100, 255, 255, 255, 255, 255};
+  for (size_t index = 0; index < 8; ++index) {
+    EXPECT_NEAR(words[2 * index] + 256 * words[2 * index + 1], 257 * expected[index], 2) << index;
+  }
 }
 
 TEST_F(Picture, ScaleKeepsColourAtTransparentEdges) {
@@ -141,6 +134,11 @@ TEST(PictureWords, WrongUsage) {
                                                 {"scale", "a.png", "--size", "0x4", "-o", "b.png"},
                                                 {"scale", "a.png", "--size", "4x4", "--filter", "x", "-o", "b.png"},
                                                 {"composite", "a.png", "b.png:opacity=1.1", "-o", "c.png"},
+                                                {"composite", "a.png", "b.png", "--type", "rgba16", "-o", "c.jpg"},
+                                                {"fade", "a.png", "b.png", "--weight", "1.5", "-o", "c.png"},
+                                                {"fade", "a.png", "--color", "F0", "--weight", "1", "-o", "c.png"},
+                                                {"fields", "turn", "a.png", "-o", "c.png"},
+                                                {"fields", "weave", "a.png", "-o", "c.png"},
                                                 {"composite", "a.png", "b.png:mode=13", "-o", "c.png"}}) {
     std::vector<std::string> line = {"picture"};
     line.insert(line.end(), words.begin(), words.end());

@@ -233,7 +233,8 @@ TEST(LanguageSettings, KeysAndRoots) {
         return true;
       }};
   uint32_t lcid = 7;
-  EXPECT_EQ(0, ZrLang_SaveUserLCIDMetric(u"P", 0x0B0102BD, 0x407, 0)) << "no store yet";
+  marlo::SetLanguageStore(nullptr);
+  EXPECT_EQ(0, ZrLang_SaveUserLCIDMetric(u"P", 0x0B0102BD, 0x407, 0)) << "no store";
   marlo::SetLanguageStore(&kStore);
   EXPECT_EQ(1, ZrLang_SaveUserLCIDMetric(u"P", 0x0B0102BD, 0x407, 0));
   EXPECT_EQ(1, ZrLang_SaveUserLCIDMetric(u"P", 0x0B0102BD, 0x40C, 1));

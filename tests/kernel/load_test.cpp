@@ -9,6 +9,8 @@
 #include <thread>
 
 #include "marlo110k/kernel.h"
+#include "marlo110k/metric.h"
+#include "testing/temp_folder.h"
 
 namespace {
 
@@ -39,6 +41,8 @@ class LoadedLibrary {
 };
 
 TEST(Load, TwiceInOneProcessWhileThreadsLive) {
+  const testing_support::TempFolder settings;
+  setenv("MARLO_SETTINGS_DIR", settings.Path().c_str(), 1);
   std::atomic<int> step{0};
   std::atomic<uint32_t (*)(uint32_t)> support{nullptr};
   std::thread worker([&] {
@@ -57,6 +61,11 @@ TEST(Load, TwiceInOneProcessWhileThreadsLive) {
     library.Get<int32_t(uint32_t)>("_Z20ZrDisallowCPUSupportj")(0x20);
     EXPECT_EQ(0U, support.load()(0x20));
     EXPECT_NE(nullptr, library.Get<plat::Module*()>("_Z21ZrKernel_GetAppKernelv")());
+    // Its own settings are open, and what the first load has stored is there for the second.
+    auto* const getMetric = library.Get<int32_t(HZRMETRIC, int32_t)>("_Z11ZrGetMetricP11ZrMetricKeyi");
+    EXPECT_EQ(round - 1, getMetric(kZrKernelMetric, 1));
+    EXPECT_EQ(S_OK, library.Get<HRESULT(HZRMETRIC, int32_t, int32_t)>("_Z11ZrSetMetricP11ZrMetricKeyii")(
+                        kZrKernelMetric, 1, round));
     step = round * 2 - 1;
     while (step.load() != round * 2) std::this_thread::yield();
     library.Unload();

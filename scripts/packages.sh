@@ -48,6 +48,7 @@ packages_bench=(
   libavutil-dev
   libebur128-dev
   libfmt-dev
+  libglib2.0-dev
   libliquid-dev
   libopencv-imgproc-dev
   libpixman-1-dev

@@ -50,6 +50,7 @@ packages_bench=(
   libavutil-dev
   libebur128-dev
   libfmt-dev
+  libglib2.0-dev
   libliquid-dev
   libopencv-imgproc-dev
   libpixman-1-dev

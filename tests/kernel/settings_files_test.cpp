@@ -175,7 +175,6 @@ TEST_F(SettingsFiles, ADamagedFileIsKeptAsideAndDefaultsServe) {
 
   // Somebody deletes the file under an open handle.
   std::filesystem::remove(folder_.Path() / "user.db");
-  EXPECT_EQ(-1, Number(u"1"));
   ASSERT_EQ(0U, Put(u"1", 7));
   EXPECT_EQ(7, Number(u"1"));
 }

@@ -62,9 +62,11 @@ SettingName NameOf(const char16_t* name) {
   return {name != nullptr ? std::u16string_view(name) : std::u16string_view()};
 }
 
+enum class Use { kRead, kWrite };
+
 /// Runs `action(store, generation)` on a tree's store, once more when the store was replaced under it.
 template <typename Action>
-uint32_t WithStore(SettingsTree tree, const Action& action) noexcept {
+uint32_t WithStore(Use use, SettingsTree tree, const Action& action) noexcept {
   try {
     Slot& slot = slots[static_cast<size_t>(tree)];
     const std::lock_guard lock(slot.mutex);
@@ -74,7 +76,7 @@ uint32_t WithStore(SettingsTree tree, const Action& action) noexcept {
     }
     for (int attempt = 0; attempt < 3; ++attempt) {
       uint64_t generation = 0;
-      uint32_t result = slot.store->Prepare(&generation);
+      uint32_t result = slot.store->Prepare(use == Use::kWrite, &generation);
       if (result == 0) result = action(*slot.store, slot.uses << 32 | generation);
       if (result != SettingsStore::kReplaced) return result;
     }
@@ -86,9 +88,9 @@ uint32_t WithStore(SettingsTree tree, const Action& action) noexcept {
 
 /// The same for an open key, which finds its place anew in a store that has been replaced.
 template <typename Action>
-uint32_t WithKey(SettingsKey* key, const Action& action) noexcept {
+uint32_t WithKey(Use use, SettingsKey* key, const Action& action) noexcept {
   if (key == nullptr) return kSettingMissing;
-  return WithStore(key->tree, [&](SettingsStore& store, uint64_t generation) {
+  return WithStore(use, key->tree, [&](SettingsStore& store, uint64_t generation) {
     if (key->generation != generation) {
       const uint32_t result = store.FindKey(SplitPath(key->path), true, &key->number);
       if (result != 0) return result;
@@ -100,8 +102,8 @@ uint32_t WithKey(SettingsKey* key, const Action& action) noexcept {
 
 /// The same for a key that is named by its path.
 template <typename Action>
-uint32_t WithPath(SettingsTree tree, const char16_t* path, const Action& action) noexcept {
-  return WithStore(tree, [&](SettingsStore& store, uint64_t) {
+uint32_t WithPath(Use use, SettingsTree tree, const char16_t* path, const Action& action) noexcept {
+  return WithStore(use, tree, [&](SettingsStore& store, uint64_t) {
     int64_t number = 0;
     const uint32_t result = store.FindKey(SplitPath(NameOf(path).name), false, &number);
     return result != 0 ? result : action(store, number);
@@ -113,10 +115,11 @@ uint32_t Open(SettingsTree tree, const char16_t* path, bool create, SettingsKey*
   if (path == nullptr) return kSettingBadName;
   try {
     auto opened = std::make_unique<SettingsKey>(SettingsKey{tree, path});
-    const uint32_t result = WithStore(tree, [&](SettingsStore& store, uint64_t generation) {
-      opened->generation = generation;
-      return store.FindKey(SplitPath(opened->path), create, &opened->number);
-    });
+    const uint32_t result =
+        WithStore(create ? Use::kWrite : Use::kRead, tree, [&](SettingsStore& store, uint64_t generation) {
+          opened->generation = generation;
+          return store.FindKey(SplitPath(opened->path), create, &opened->number);
+        });
     if (result == 0) *key = opened.release();
     return result;
   } catch (const std::bad_alloc&) {
@@ -125,7 +128,7 @@ uint32_t Open(SettingsTree tree, const char16_t* path, bool create, SettingsKey*
 }
 
 uint32_t DeleteAt(SettingsTree tree, const char16_t* path, bool withSubKeys) noexcept {
-  return WithPath(tree, path, [&](SettingsStore& store, int64_t number) {
+  return WithPath(Use::kWrite, tree, path, [&](SettingsStore& store, int64_t number) {
     return number == SettingsStore::kRootKey ? kSettingBadName : store.DeleteKey(number, withSubKeys);
   });
 }
@@ -153,7 +156,7 @@ uint32_t OpenSettingsKey(SettingsTree tree, const char16_t* path, SettingsKey** 
 void CloseSettingsKey(SettingsKey* key) noexcept { delete key; }
 
 uint32_t QuerySetting(SettingsKey* key, const char16_t* name, uint32_t* type, void* buffer, uint32_t* bytes) noexcept {
-  return WithKey(key, [&](SettingsStore& store, int64_t number) {
+  return WithKey(Use::kRead, key, [&](SettingsStore& store, int64_t number) {
     SettingValue value;
     const uint32_t result = store.Query(number, NameOf(name), &value);
     if (result != 0) return result;
@@ -168,17 +171,19 @@ uint32_t QuerySetting(SettingsKey* key, const char16_t* name, uint32_t* type, vo
 
 uint32_t SetSetting(SettingsKey* key, const char16_t* name, uint32_t type, const void* data, uint32_t bytes) noexcept {
   const std::string_view view(bytes != 0 ? static_cast<const char*>(data) : "", bytes);
-  return WithKey(key,
+  return WithKey(Use::kWrite, key,
                  [&](SettingsStore& store, int64_t number) { return store.Set(number, NameOf(name), type, view); });
 }
 
 uint32_t DeleteSetting(SettingsKey* key, const char16_t* name) noexcept {
-  return WithKey(key, [&](SettingsStore& store, int64_t number) { return store.Delete(number, NameOf(name)); });
+  return WithKey(Use::kWrite, key,
+                 [&](SettingsStore& store, int64_t number) { return store.Delete(number, NameOf(name)); });
 }
 
 uint32_t ListSettings(SettingsKey* key, std::vector<std::u16string>* names) noexcept {
   names->clear();
-  return WithKey(key, [&](SettingsStore& store, int64_t number) { return store.ListValues(number, names); });
+  return WithKey(Use::kRead, key,
+                 [&](SettingsStore& store, int64_t number) { return store.ListValues(number, names); });
 }
 
 uint32_t DeleteSettingsKey(SettingsTree tree, const char16_t* path) noexcept { return DeleteAt(tree, path, false); }
@@ -187,7 +192,8 @@ uint32_t DeleteSettingsBranch(SettingsTree tree, const char16_t* path) noexcept 
 
 uint32_t ListSettingsKeys(SettingsTree tree, const char16_t* path, std::vector<std::u16string>* names) noexcept {
   names->clear();
-  return WithPath(tree, path, [&](SettingsStore& store, int64_t number) { return store.ListKeys(number, names); });
+  return WithPath(Use::kRead, tree, path,
+                  [&](SettingsStore& store, int64_t number) { return store.ListKeys(number, names); });
 }
 
 std::u16string SettingsFolder() {

@@ -22,7 +22,7 @@ struct MemoryKey {
 
 class MemorySettings final : public SettingsStore {
  public:
-  uint32_t Prepare(uint64_t* generation) override {
+  uint32_t Prepare(bool, uint64_t* generation) override {
     *generation = 1;
     return 0;
   }

@@ -5,6 +5,7 @@
 #include <stdlib.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -159,8 +160,8 @@ class FileSettings final : public SettingsStore {
   FileSettings(const FileSettings&) = delete;
   FileSettings& operator=(const FileSettings&) = delete;
 
-  uint32_t Prepare(uint64_t* generation) override {
-    if (database_ != nullptr && WasMoved()) Close();
+  uint32_t Prepare(bool toWrite, uint64_t* generation) override {
+    if (database_ != nullptr && MayHaveMoved(toWrite) && WasMoved()) Close();
     uint32_t result = 0;
     if (database_ == nullptr) {
       result = Open();
@@ -249,6 +250,16 @@ class FileSettings final : public SettingsStore {
  private:
   Use Begin(StatementId id) { return Use(statements_[id]); }
   int Execute(const char* text) { return sqlite3_exec(database_, text, nullptr, nullptr, nullptr); }
+
+  /// A look at the file's name costs as much as the rest of a read, so reads do it ten times a second.
+  bool MayHaveMoved(bool toWrite) {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    const int64_t tenth = now.tv_sec * 10 + now.tv_nsec / 100'000'000;
+    if (!toWrite && tenth == lastLook_) return false;
+    lastLook_ = tenth;
+    return true;
+  }
 
   /// Another process has set the file aside, or somebody has deleted it.
   bool WasMoved() {
@@ -404,6 +415,7 @@ class FileSettings final : public SettingsStore {
   std::string file_;
   sqlite3* database_ = nullptr;
   sqlite3_stmt* statements_[kCount] = {};
+  int64_t lastLook_ = 0;
   uint64_t generation_ = 0;
   bool isReadOnly_ = false;
 };

@@ -37,8 +37,9 @@ class SettingsStore {
   static constexpr uint32_t kReplaced = 0xFFFFFFFF;
 
   virtual ~SettingsStore() = default;
-  /// Makes the store ready and tells its generation. What the other calls need.
-  virtual uint32_t Prepare(uint64_t* generation) = 0;
+  /// Makes the store ready and tells its generation, before each of the other calls. A store that somebody has taken
+  /// away is noticed at once before a write, and by reads soon.
+  virtual uint32_t Prepare(bool toWrite, uint64_t* generation) = 0;
   virtual uint32_t FindKey(const std::vector<SettingName>& path, bool create, int64_t* key) = 0;
   virtual uint32_t Query(int64_t key, SettingName name, SettingValue* value) = 0;
   virtual uint32_t Set(int64_t key, SettingName name, uint32_t type, std::string_view data) = 0;

@@ -232,7 +232,9 @@ TEST_F(Yuv, PicturesToBytesAtAllScales) {
         } else {
           const Published p = PublishedOf(true);
           const double cu = (u / depth - 128) * 219 / 224, cv = (v / depth - 128) * 219 / 224;
-          const auto byte = [&](double tint) { return Byte(int32_t(std::floor(y / depth + tint + 0.5 + 1.5e-8))); };
+          const auto byte = [luma = y / depth](double tint) {
+            return Byte(int32_t(std::floor(luma + tint + 0.5 + 1.5e-8)));
+          };
           expected = {byte(cu * p.ub), byte(cu * p.ug + cv * p.vg), byte(cv * p.vr), 255};
         }
         ASSERT_EQ(expected, PixelOf(out.top(row) + x * 4)) << layout << " scale " << scale << " at " << at;

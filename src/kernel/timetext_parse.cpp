@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Reads positions.
 #include <algorithm>
+#include <span>
 #include <string_view>
 
 #include "kernel/digit_groups.h"
@@ -34,12 +35,11 @@ const tZRLOCALESIGN* ThousandsOfMusic() noexcept {
 }
 
 // Reads groups that stand left-aligned; what isn't there is 0.
-template <size_t kCount>
-const char16_t* ReadFromLeft(const char16_t* text, const tZRLOCALESIGN* thousandsSeparator, int64_t (&values)[kCount],
-                             size_t count = kCount) noexcept {
+const char16_t* ReadFromLeft(const char16_t* text, const tZRLOCALESIGN* thousandsSeparator,
+                             std::span<int64_t> values) noexcept {
   DigitGroups groups(text, {.trailingZeros = false, .pairs = false, .thousandsSeparator = thousandsSeparator});
   DigitGroup group;
-  for (size_t i = 0; i < count && groups.Next(&group); ++i) values[i] = group.Value();
+  for (size_t i = 0; i < values.size() && groups.Next(&group); ++i) values[i] = group.Value();
   return groups.End();
 }
 
@@ -212,7 +212,7 @@ int64_t ZrTextToMusicTimeToken(const char16_t* text, const _zrposfmt* format, ui
   StoreEnd(end, text);
   if (text == nullptr || format == nullptr) return 0;
   int64_t values[3] = {};
-  StoreEnd(end, ReadFromLeft(text, ThousandsOfMusic(), values, (flags & ZRPOSF_SHORT) != 0 ? 2 : 3));
+  StoreEnd(end, ReadFromLeft(text, ThousandsOfMusic(), std::span(values).first((flags & ZRPOSF_SHORT) != 0 ? 2 : 3)));
   auto& [measures, beats, musicTicks] = values;
   if (format->format == ZRPOS_MEASURES && (flags & ZRPOSF_LENGTH) == 0) {
     measures -= measures != 0;

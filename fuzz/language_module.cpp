@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "kernel/module_resources.h"
 #include "kernel/string_tables.h"
 #include "platform/base/text.h"
 #include "platform/sys/module.h"
@@ -28,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
     const char16_t* adopted = bytes < 512 ? marlo::AdoptTableString(module, id, 0x407) : nullptr;
     if (adopted != nullptr && plat::TextLength(adopted) > 0xFFFF) std::abort();
   }
-  marlo::ForgetStringTables(module);
+  marlo::ForgetModuleResources(module);
   plat::UnloadModule(module);
   close(descriptor);
   return 0;

@@ -99,3 +99,15 @@ for name, size, text in (
         ("cut", 12, "ab%s$(SMPTE.Label.Drop)%d"), ("junk", 90, "%5$-+d%y#0.%.%d%99999999999999999999d"),
         ("inserts", 90, "%1 %2!5d! %99!x! %n%0"), ("unended", 90, "$-+ #0123.456")):
     save("printf_format", name, struct.pack("<H", size) + text.encode("utf-16-le"))
+
+# A window's operations: a byte whose low bits name it and whose high bits choose, then its numbers.
+WINDOW, NEAR_WINDOW, MODE, FAR_SEEK, SEEK, READ, WRITE = 0, 1, 2, 3, 4, 6, 7
+for name, operations in (
+        ("cut", bytes((NEAR_WINDOW | 0x10, 20, 30, SEEK, 0, 0, READ, 20, READ, 20, READ, 1))),
+        ("zeroed", bytes((NEAR_WINDOW | 0x30, 20, 30, MODE | 0x20, SEEK, 25, 0, READ, 96, SEEK | 0x20, 0, 0))),
+        ("overrun", bytes((NEAR_WINDOW | 0x30, 90, 20, SEEK, 15, 0, WRITE, 60, SEEK | 0x20, 0xFF, 0xFF, READ, 9))),
+        ("gap", bytes((SEEK, 180, 0, WRITE, 96, WRITE, 9, NEAR_WINDOW | 0x10, 100, 100, SEEK, 0, 0, READ, 96))),
+        ("wild", bytes((WINDOW | 0x10,)) + struct.pack("<QQ", 10, (1 << 64) - 5) + bytes((FAR_SEEK | 0x20,))
+         + struct.pack("<q", -(1 << 63)) + bytes((FAR_SEEK | 0x10,)) + struct.pack("<q", (1 << 63) - 1)
+         + bytes((READ, 50, SEEK, 3, 0, READ, 50)))):
+    save("protected_stream", name, operations)

@@ -28,6 +28,12 @@ def exchange(name, src, dst, src_size, dst_size, flags, dst_rect, src_rect, shap
     save("picture_exchange", name, data)
 
 
+def composite(name, shape, src_size, dst_size, dst_rect, src_rect, mode, opacity, rest):
+    data = bytes([shape, src_size[0] - 1, src_size[1] - 1, dst_size[0] - 1, dst_size[1] - 1])
+    data += struct.pack("<I", 7) + dst_rect + src_rect + bytes([mode + 1, opacity]) + bytes(rest)
+    save("picture_composite", name, data)
+
+
 def scale(name, shape, src_size, dst_size, dst_rect, src_rect):
     data = bytes([shape, src_size[0] - 1, src_size[1] - 1, dst_size[0] - 1, dst_size[1] - 1])
     save("picture_scale", name, data + struct.pack("<I", 7) + dst_rect + src_rect)
@@ -54,3 +60,8 @@ scale("box_x", 32 | 8 | 16, (80, 20), (20, 50), rect(0, 0, 20, 50, 1), rect(0, 0
 scale("float_area", 1 | 32, (80, 70), (20, 15), WHOLE, WHOLE)
 scale("float_cubic", 1 | 4 | 8, (30, 20), (45, 30), rect(2, 1, 40, 25, 77), WHOLE)
 scale("whole_sparse", 2 | 4 | 128, (90, 90), (3, 3), rect(0, 0, 3, 3), rect(0, 0, 90, 90))
+for kind in range(8):
+    for mode in range(-1, 13, 5):
+        composite(f"kind{kind}_mode{mode}", kind << 5 | (kind & 3) | 8 | 16, (40, 30), (50, 40), rect(1, 2, 30, 25, 100),
+                  rect(0, 1, 33, 28, 50), mode, 128 if kind & 1 else 90,
+                  [60, 70, 40, 30, 15, 100, kind & 1, kind % 4, kind & 1, kind >> 1 & 1, 7])

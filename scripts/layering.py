@@ -31,10 +31,10 @@ ROOMS = {
 
 # The room of each public header. A new header names its room here; contract/ and platform/ are below all.
 PUBLIC_HEADERS = {
-    "kernel": "clock cpu errors kernel lang list locale log metric os printf queue windowtext",
+    "kernel": "clock cpu dialogs errors kernel lang list locale log menus metric numtext os printf queue resources smpte streams timetext windowtext",
     "audio": "channels formattext iir levels resample samples waveformat",
-    "media": "displist iff mriff riff riff64 wavefile",
-    "pixel": "dib dib_composite dib_copy dib_scale yuv",
+    "pixel": "dib dib_alpha dib_blend dib_composite dib_copy dib_fields dib_key dib_scale hsl yuv",
+    "media": "displist iff mriff peak riff riff64 wavefile",
 }
 ROOM_OF_HEADER = {name + ".h": room for room, names in PUBLIC_HEADERS.items() for name in names.split()}
 WHOLE_INTERFACE = "marlo110k.h"

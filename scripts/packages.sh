@@ -13,18 +13,20 @@ packages_build=(
   libgmock-dev
   libgtest-dev
   libicu-dev
+  libjpeg62-turbo-dev
+  libpng-dev
   libsqlite3-dev
   llvm-14
   mold
   ninja-build
   nlohmann-json3-dev
   pkg-config
+  python3
 )
 # Outside tools that the tests compare with, and recordings that they and the demonstration read.
 packages_test=(
   alsa-utils
   ffmpeg
-  python3
   sndfile-programs
   sox
 )

@@ -10,9 +10,11 @@
 #include "command.h"
 #include "errors.h"
 #include "filter_design.h"
+#include "image_file.h"
 #include "json_output.h"
 #include "numbers.h"
 #include "progress.h"
+#include "response_plot.h"
 #include "sample_converter.h"
 
 namespace host {
@@ -20,7 +22,7 @@ namespace {
 
 constexpr char kHelp[] =
     "usage: marlo filter [IN OUT] --kind K --freq HZ [--family F] [--order N] [--width OCTAVES]\n"
-    "                    [--q Q] [--gain DB] [--rate R] [--type T] [--json]\n"
+    "                    [--q Q] [--gain DB] [--rate R] [--type T] [--json] [--png PLOT]\n"
     "\n"
     "Designs a filter, shows its poles, zeros and response, and with IN and OUT runs it over every channel\n"
     "of IN. The extension of OUT chooses the format.\n"
@@ -38,14 +40,15 @@ constexpr char kHelp[] =
     "  --rate R        for a design without a file; 48000 without it\n"
     "  --type T        sample type of OUT; without it that of IN\n"
     "  --json          tell it as JSON\n"
+    "  --png PLOT      draw the response into a PNG file; not for shelves and bell\n"
     "\n"
     "example:\n"
-    "  marlo filter --kind low --freq 8000 --family chebyshev --order 6 --rate 44100\n"
+    "  marlo filter --kind low --freq 8000 --family chebyshev --order 6 --rate 44100 --png low.png\n"
     "  marlo filter hum.wav clean.wav --kind notch --freq 50 --q 10\n";
 
-constexpr Option kOptions[] = {{"--kind", true},  {"--freq", true}, {"--family", true}, {"--order", true},
-                               {"--width", true}, {"--q", true},    {"--gain", true},   {"--rate", true},
-                               {"--type", true},  {"--json", false}};
+constexpr Option kOptions[] = {{"--kind", true},  {"--freq", true},  {"--family", true}, {"--order", true},
+                               {"--width", true}, {"--q", true},     {"--gain", true},   {"--rate", true},
+                               {"--type", true},  {"--json", false}, {"--png", true}};
 
 double NumberOption(const Arguments& arguments, const char* name, double otherwise, double least, double most) {
   const std::string* text = arguments.Value(name);
@@ -167,6 +170,9 @@ int RunFilter(const Arguments& arguments) {
   if (names.empty() && arguments.Has("--type")) throw UsageError("--type needs IN and OUT.");
   auto rate = static_cast<uint32_t>(NumberOption(arguments, "--rate", 48000, 1, 1e6));
   const bool json = arguments.Has("--json");
+  const std::string* plotPath = arguments.Value("--png");
+  if (plotPath && IsFinderKind(request.kind)) throw UsageError("This kind of filter has no plot.");
+  if (plotPath) RequirePngExtension(*plotPath);
 
   if (IsFinderKind(request.kind)) {
     Json document = Json::object();
@@ -188,6 +194,7 @@ int RunFilter(const Arguments& arguments) {
         container);
   }
   const std::unique_ptr<CZrIIR> shown = DesignFilter(request, rate, 1);
+  if (plotPath) WriteImageFile(*plotPath, ResponsePlot(*shown, rate).Draw());
   if (json) {
     PrintJson(JsonOf(*shown, rate));
   } else {

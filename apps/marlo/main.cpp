@@ -28,7 +28,9 @@ const Command* const kCommands[] = {
 };
 
 void PrintHelp(std::FILE* out) {
-  std::fprintf(out, "usage: marlo COMMAND [ARGUMENT...]\n\nWorks on Wave, Wave64 and AIFF files.\n\ncommands:\n");
+  std::fprintf(out,
+               "usage: marlo COMMAND [ARGUMENT...]\n\nWorks on Wave, Wave64 and AIFF files, and on PNG and JPEG "
+               "pictures.\n\ncommands:\n");
   for (const Command* command : kCommands) std::fprintf(out, "  %-9s %s\n", command->name, command->summary);
   std::fprintf(out,
                "\n\"marlo COMMAND --help\" tells more about one of them.\n"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "kernel/kernel_state.h"
 #include "kernel/language.h"
 #include "platform/base/codepage.h"
 #include "platform/base/text.h"
@@ -12,10 +11,6 @@ namespace marlo {
 namespace {
 
 constexpr uint32_t kReserveCharacters = 1024;  // always left behind the cursor
-
-ZrLanguage* OrKernel(HZRLANG language) noexcept {
-  return language != nullptr ? language : kernelState.language.load(std::memory_order_relaxed);
-}
 
 /// A piece of the ring and the characters up to the ring's end.
 struct RingPiece {
@@ -44,13 +39,13 @@ uint32_t Held(uint64_t characters) noexcept {
 }  // namespace marlo
 
 char16_t* ZrGetTempStringBuffer(HZRLANG language, uint32_t characters) noexcept {
-  return marlo::TakeFromRing(marlo::OrKernel(language), characters).text;
+  return marlo::TakeFromRing(marlo::LanguageOrKernel(language), characters).text;
 }
 
 const char* ZrGetMultiByteFromPrintString(HZRLANG language, const char16_t* text) noexcept {
   const size_t characters = plat::TextLength(text);
   const uint64_t bytes = uint64_t{characters} * 2 + 2;
-  const marlo::RingPiece piece = marlo::TakeFromRing(marlo::OrKernel(language), marlo::Held(bytes));
+  const marlo::RingPiece piece = marlo::TakeFromRing(marlo::LanguageOrKernel(language), marlo::Held(bytes));
   if (piece.text == nullptr) return nullptr;
   auto* const result = reinterpret_cast<char*>(piece.text);
   const size_t room = std::min<size_t>(bytes, piece.room * sizeof(char16_t));
@@ -61,14 +56,15 @@ const char* ZrGetMultiByteFromPrintString(HZRLANG language, const char16_t* text
 const char16_t* ZrGetPrintFromMultiByteString(HZRLANG language, const char* text) noexcept {
   const size_t bytes = text != nullptr ? std::strlen(text) : 0;
   if (bytes == 0) return marlo::kEmptyText;
-  const marlo::RingPiece piece = marlo::TakeFromRing(marlo::OrKernel(language), marlo::Held(uint64_t{bytes} + 1));
+  const marlo::RingPiece piece =
+      marlo::TakeFromRing(marlo::LanguageOrKernel(language), marlo::Held(uint64_t{bytes} + 1));
   if (piece.text == nullptr) return marlo::kEmptyText;
   piece.text[plat::FromAnsi(text, bytes, piece.text, piece.room - 1)] = 0;
   return piece.text;
 }
 
 const char16_t* ZrGetWideFromPrintString(HZRLANG language, const char16_t* text) noexcept {
-  const ZrLanguage* const owner = marlo::OrKernel(language);
+  const ZrLanguage* const owner = marlo::LanguageOrKernel(language);
   return owner != nullptr && owner->ring != nullptr ? text : marlo::kEmptyText;
 }
 

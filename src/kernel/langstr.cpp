@@ -20,10 +20,6 @@ constexpr int32_t kCachedCharacters = 1024;
 constexpr char16_t kTranslatorsMark[] = u"^*";
 constexpr int32_t kMarkCharacters = 2;
 
-ZrLanguage* OrKernel(HZRLANG language) noexcept {
-  return language != nullptr ? language : kernelState.language.load(kRelaxed);
-}
-
 int32_t StripMark(char16_t* text, int32_t characters) noexcept {
   if (characters < kMarkCharacters || text[0] != kTranslatorsMark[0] || text[1] != kTranslatorsMark[1]) {
     return characters;
@@ -116,7 +112,7 @@ bool IsZRLANGSTRINGID(HZRLANG, const void* pointer) noexcept {
 }
 
 const char16_t* ZrGetString(HZRLANG language, uint32_t id) noexcept {
-  ZrLanguage* const owner = marlo::OrKernel(language);
+  ZrLanguage* const owner = marlo::LanguageOrKernel(language);
   if (owner == nullptr || owner->cache == nullptr) return marlo::kEmptyText;
   const plat::LockGuard guard(&owner->lock);
   const int32_t index = ZrList_FindSortedItemRange(owner->cache, &id, 0, -1, marlo::CompareId);
@@ -125,7 +121,7 @@ const char16_t* ZrGetString(HZRLANG language, uint32_t id) noexcept {
 
 const char16_t* ZrGetString(HZRLANG language, const zrlang_t* descriptor) noexcept {
   if (descriptor == nullptr) return nullptr;
-  ZrLanguage* const owner = marlo::OrKernel(language);
+  ZrLanguage* const owner = marlo::LanguageOrKernel(language);
   if (owner == nullptr) return descriptor->slots[0];
   const uint32_t slot = std::max(std::min<uint32_t>(marlo::SlotOf(owner), descriptor->slotCount), 1U);
   // Descriptors are writable although callers see them as constants: a slot is patched as it is first read.
@@ -148,7 +144,7 @@ const char16_t* ZrGetStringSmart(HZRLANG language, const void* value) noexcept {
 }
 
 int32_t ZrLoadString(HZRLANG language, uint32_t id, char16_t* buffer, int32_t size) noexcept {
-  const ZrLanguage* const owner = marlo::OrKernel(language);
+  const ZrLanguage* const owner = marlo::LanguageOrKernel(language);
   if (buffer == nullptr || size <= 0) return 0;
   buffer[0] = 0;
   if (owner == nullptr) return 0;

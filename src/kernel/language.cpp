@@ -5,7 +5,7 @@
 #include <new>
 
 #include "kernel/kernel_state.h"
-#include "kernel/string_tables.h"
+#include "kernel/module_resources.h"
 #include "marlo110k/list.h"
 #include "platform/base/memory.h"
 #include "platform/sys/module.h"
@@ -42,7 +42,7 @@ void FindLanguageModule(ZrLanguage* language) noexcept {
 void ReleaseLanguageModule(ZrLanguage* language) noexcept {
   plat::Module* const module = language->languageModule.exchange(language->mainModule, kRelaxed);
   // Also those of a caller's module, which may be unloaded and give its address to another one.
-  ForgetStringTables(module);
+  ForgetModuleResources(module);
   if (!language->ownsLanguageModule) return;
   language->ownsLanguageModule = false;
   plat::UnloadModule(module);
@@ -72,6 +72,10 @@ std::u16string LanguageModulePath(const std::u16string& modulePath) {
   if (point == std::u16string::npos) point = modulePath.rfind(u'.');
   if (point == std::u16string::npos || point < name) point = modulePath.size();
   return modulePath.substr(0, point) + u".LNG";
+}
+
+ZrLanguage* LanguageOrKernel(HZRLANG language) noexcept {
+  return language != nullptr ? language : kernelState.language.load(kRelaxed);
 }
 
 bool OpenKernelLanguage(plat::Module* module) noexcept {
@@ -123,7 +127,7 @@ void ZrLang_Close(HZRLANG language) noexcept {
   if (language == nullptr) return;
   if (language->lockReady) plat::DeleteLock(&language->lock);
   marlo::ReleaseLanguageModule(language);
-  marlo::ForgetStringTables(language->mainModule);
+  marlo::ForgetModuleResources(language->mainModule);
   plat::FreeBlock(language->ring);
   ZrList_Destroy(language->cache);
   language->~ZrLanguage();
@@ -131,7 +135,7 @@ void ZrLang_Close(HZRLANG language) noexcept {
 }
 
 plat::Module* ZrLang_InstFromLang(HZRLANG language) noexcept {
-  if (language == nullptr) language = kernelState.language.load(kRelaxed);
+  language = marlo::LanguageOrKernel(language);
   if (language == nullptr) return nullptr;
   plat::Module* const module = language->languageModule.load(kRelaxed);
   return module != nullptr && language->usesLanguageModule.load(kRelaxed) ? module : language->mainModule;

@@ -48,6 +48,9 @@ std::span<const uint32_t> LanguageTable() noexcept;
 /// The three-letter abbreviation of a conditioned language number; null when it has none.
 const char16_t* LanguageAbbreviation(uint32_t conditionedLcid) noexcept;
 
+/// The handle, or the library's own language for null; null outside the kernel's life.
+ZrLanguage* LanguageOrKernel(HZRLANG language) noexcept;
+
 /// Starts and ends the library's own language. @return false when it can't be opened.
 bool OpenKernelLanguage(plat::Module* module) noexcept;
 void CloseKernelLanguage() noexcept;

@@ -18,7 +18,4 @@ int32_t LoadTableString(plat::Module* module, uint32_t id, uint32_t lcid, char16
 /// A string that carries a terminator of its own, for as long as the library is loaded; null when there is none.
 const char16_t* AdoptTableString(plat::Module* module, uint32_t id, uint32_t lcid) noexcept;
 
-/// Drops what was read of a module that may be unloaded now. Adopted strings stay.
-void ForgetStringTables(plat::Module* module) noexcept;
-
 }  // namespace marlo

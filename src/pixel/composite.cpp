@@ -3,10 +3,9 @@
 
 #include "pixel/composite.h"
 
+#include "pixel/areas.h"
 #include "pixel/descriptor.h"
 #include "pixel/geometry.h"
-#include "pixel/kernel_level.h"
-#include "platform/parallel/rows.h"
 
 using namespace marlo::pixel;
 
@@ -16,32 +15,6 @@ HRESULT CheckMode(const tZRDIBCOMPOSITEPARAMS& params) noexcept {
   if (params.mode == kCustomMode) return params.compositor ? S_OK : E_INVALIDARG;
   return params.mode >= 0 && params.mode < kCompositeModes ? S_OK : E_NOTIMPL;
 }
-
-/// Two areas of equal size.
-struct Areas {
-  uint8_t* dstFirst;
-  int32_t dstStride;
-  const uint8_t* srcFirst;
-  int32_t srcStride;
-  int32_t width;
-  int32_t height;
-
-  template <typename Pixel>
-  Pixel* Destination(int32_t row) const noexcept {
-    return reinterpret_cast<Pixel*>(dstFirst + int64_t{row} * dstStride);
-  }
-  template <typename Pixel>
-  const Pixel* Source(int32_t row) const noexcept {
-    return reinterpret_cast<const Pixel*>(srcFirst + int64_t{row} * srcStride);
-  }
-  /// Runs lay(destination row, source row) for all rows, spread over threads.
-  template <typename Pixel, typename Lay>
-  void ForRows(const Lay& lay) const noexcept {
-    plat::ParallelRows(height, RowsPerThread(width), [&](int32_t first, int32_t end) {
-      for (int32_t row = first; row < end; ++row) lay(Destination<Pixel>(row), Source<Pixel>(row));
-    });
-  }
-};
 
 HRESULT CompositeCustomRows(const Areas& areas, int32_t bytesPerPixel, const tZRDIBCOMPOSITEPARAMS& params) noexcept {
   const float opacity = OpacityOf(params);
@@ -163,12 +136,10 @@ HRESULT ZrDibCompositeUnscaled(void* dstBits, const RECT* dstBounds, int32_t dst
   if (!params) return E_INVALIDARG;
   HRESULT result = CheckMode(*params);
   if (FAILED(result)) return result;
-  if (!IsCompositeWidth(bytesPerPixel)) return E_NOTIMPL;
-  if (!dstBits || !srcBits) return E_POINTER;
-  Areas areas = {nullptr, dstStride, nullptr, srcStride, 0, 0};
-  result = ZrDibPrepareCopy(&areas.width, &areas.height, &areas.srcFirst, &areas.dstFirst, dstBits, dstBounds,
-                            dstStride, dstRect, srcBits, srcBounds, srcStride, srcRect, bytesPerPixel);
-  if (FAILED(result) || areas.width <= 0 || areas.height <= 0) return result;
+  if (!IsKernelWidth(bytesPerPixel)) return E_NOTIMPL;
+  Areas areas;
+  result = areas.Prepare(dstBits, dstBounds, dstStride, dstRect, srcBits, srcBounds, srcStride, srcRect, bytesPerPixel);
+  if (FAILED(result) || areas.IsEmpty()) return result;
   if (params->mode == kCustomMode) return CompositeCustomRows(areas, bytesPerPixel, *params);
   CompositeRows(areas, bytesPerPixel, *params);
   return S_OK;
@@ -180,7 +151,7 @@ HRESULT ZrDibCompositeSP(void* dstBits, const RECT* dstBounds, int32_t dstStride
   if (!params) return E_INVALIDARG;
   const HRESULT result = CheckMode(*params);
   if (FAILED(result)) return result;
-  if (!IsCompositeWidth(bytesPerPixel)) return E_NOTIMPL;
+  if (!IsKernelWidth(bytesPerPixel)) return E_NOTIMPL;
   if (!dstBits || !dstBounds || !srcBits || !srcBounds) return E_POINTER;
   const Bounded dst(*dstBounds, dstRect, dstStride, bytesPerPixel);
   const Bounded src(*srcBounds, srcRect, srcStride, bytesPerPixel);

@@ -19,8 +19,6 @@ inline int32_t Opacity14(float opacity) noexcept {
   return static_cast<int32_t>(static_cast<double>(opacity) * static_cast<double>(kOne));
 }
 
-inline bool IsCompositeWidth(int32_t bytesPerPixel) noexcept { return bytesPerPixel == 4 || bytesPerPixel == 16; }
-
 /// Runs the sub-pixel kernel of the mode on a prepared record.
 /// @return E_INVALIDARG for a custom compositor without the pixel function of the width.
 HRESULT CompositeSubpixel(const tZRDIBSUBPIXELPARAMS& record, int32_t bytesPerPixel,

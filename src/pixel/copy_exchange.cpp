@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Copies through the exchange in whole pixels: straight, scaled, feathered.
+// Copies through the exchange in whole pixels: straight, scaled, feathered, blended.
 
+#include "pixel/blendops.h"
 #include "pixel/copy_kernels.h"
 #include "pixel/descriptor.h"
 #include "pixel/exchange.h"
@@ -16,11 +17,15 @@ namespace {
 constexpr uint32_t kFeatherFlags =
     ZRDIB_FEATHER_FIRST_ROWS | ZRDIB_FEATHER_LAST_ROWS | ZRDIB_FEATHER_LEFT | ZRDIB_FEATHER_RIGHT;
 
-/// One copy. The exchange records here are models: each block of rows works on copies of them.
+constexpr int32_t kMoveByWeight = 3;
+
+/// One copy or blend. The exchange records here are models: each block of rows works on copies of them.
 class ExchangeCopy {
  public:
-  explicit ExchangeCopy(const tZRDIBGENERICPARAMS& record) noexcept
+  /// @param blend null for a plain copy.
+  ExchangeCopy(const tZRDIBGENERICPARAMS& record, const ExchangeBlend* blend) noexcept
       : record_(record),
+        blend_(blend),
         feather_(record),
         srcPalette_(*record.srcHeader),
         dstPalette_(*record.dstHeader),
@@ -35,14 +40,14 @@ class ExchangeCopy {
   HRESULT Run() noexcept {
     const HRESULT result =
         ZrXCHGGetFunctionPointers(ZrGetPixelType(record_.dstHeader), ZrGetPixelType(record_.srcHeader), record_.flags,
-                                  &exchange_, nullptr, record_.dstGamma, record_.srcGamma);
+                                  &exchange_, blend_ ? &blend_->op : nullptr, record_.dstGamma, record_.srcGamma);
     if (FAILED(result)) return result;
     exchange_.srcPalette = srcPalette_.entries;
     exchange_.dstPalette = dstPalette_.entries;
     exchange_.quantizer = record_.quantizer;
     srcBits_ = BitsOf(exchange_.srcType);
-    const bool feathered = (record_.flags & kFeatherFlags) != 0 && !feather_.IsEmpty();
-    if (feathered) {
+    const bool feathered = !blend_ && (record_.flags & kFeatherFlags) != 0 && !feather_.IsEmpty();
+    if (feathered || blend_) {
       const HRESULT readerResult = MakeDestinationReader(exchange_, &reader_);
       if (FAILED(readerResult)) return readerResult;
     }
@@ -51,7 +56,10 @@ class ExchangeCopy {
       tZRDIBXCHGPARAMS reader = reader_;
       for (int32_t row = first; row < end; ++row) {
         SetWriteCursor(&exchange, record_.dstFirst + int64_t{row} * record_.dstStride, record_.dstBitOffset);
-        if (feathered) {
+        if (blend_) {
+          SetReadCursor(&reader, record_.dstFirst + int64_t{row} * record_.dstStride, record_.dstBitOffset);
+          BlendedRow(&exchange, &reader, row);
+        } else if (feathered) {
           SetReadCursor(&reader, record_.dstFirst + int64_t{row} * record_.dstStride, record_.dstBitOffset);
           FeatheredRow(&exchange, &reader, row);
         } else if (record_.scaled) {
@@ -128,7 +136,48 @@ class ExchangeCopy {
     }
   }
 
+  void BlendedRow(tZRDIBXCHGPARAMS* exchange, tZRDIBXCHGPARAMS* reader, int32_t row) const noexcept {
+    SetReadCursor(exchange, SourceRow(row), record_.srcBitOffset);
+    const uint16_t* const mask = blend_->mask ? blend_->mask + int64_t{row} * record_.dstWidth : nullptr;
+    for (int32_t column = 0; column < record_.dstWidth; ++column) {
+      if (record_.scaled) {
+        Sample(exchange, row, column);
+      } else {
+        exchange->read(exchange);
+      }
+      if (blend_->onSource) {
+        reader->slots = exchange->slots;
+      } else {
+        reader->read(reader);
+      }
+      if (!mask) {
+        exchange->blend(exchange, &reader->slots, &exchange->slots);
+      } else {
+        BlendThroughMask(exchange, &reader->slots, mask[column]);
+      }
+      exchange->slots = reader->slots;
+      exchange->write(exchange);
+    }
+  }
+
+  void BlendThroughMask(tZRDIBXCHGPARAMS* exchange, tZRXCHGSLOTS* destination, uint16_t mask) const noexcept {
+    tZRXCHGSLOTS& source = exchange->slots;
+    const bool asWeight = blend_->op.op == kMoveByWeight;
+    if (exchange->form == ZRXCHG_BYTES) {
+      source.bytes[0].a = asWeight ? source.bytes[0].a : static_cast<uint8_t>(mask >> 8);
+      if (asWeight) destination->bytes[0] = Moved(destination->bytes[0], source.bytes[0], mask >> 8);
+    } else if (exchange->form == ZRXCHG_WORDS) {
+      source.words[0].a = asWeight ? source.words[0].a : mask;
+      if (asWeight) destination->words[0] = Moved(destination->words[0], source.words[0], mask);
+    } else if (asWeight) {
+      const float weight = static_cast<float>(mask) * (1.0f / 65535.0f);
+      destination->floats[0] = Moved(destination->floats[0], source.floats[0], weight);
+    }
+    if (!asWeight) exchange->blend(exchange, destination, &source);
+  }
+
   const tZRDIBGENERICPARAMS& record_;
+  const ExchangeBlend* const blend_;
   Feather feather_;
   FullPalette srcPalette_;
   FullPalette dstPalette_;
@@ -141,6 +190,10 @@ class ExchangeCopy {
 
 }  // namespace
 
-HRESULT CopyThroughExchange(const tZRDIBGENERICPARAMS& record) noexcept { return ExchangeCopy(record).Run(); }
+HRESULT CopyThroughExchange(const tZRDIBGENERICPARAMS& record) noexcept { return ExchangeCopy(record, nullptr).Run(); }
+
+HRESULT BlendThroughExchange(const tZRDIBGENERICPARAMS& record, const ExchangeBlend& blend) noexcept {
+  return ExchangeCopy(record, &blend).Run();
+}
 
 }  // namespace marlo::pixel

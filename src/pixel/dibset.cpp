@@ -5,21 +5,17 @@
 #include <cstring>
 
 #include "marlo110k/dib_copy.h"
+#include "pixel/areas.h"
 #include "pixel/descriptor.h"
 #include "pixel/exchange.h"
 #include "pixel/geometry.h"
 #include "pixel/kernel_level.h"
+#include "pixel/unit.h"
 #include "platform/parallel/rows.h"
 
 using namespace marlo::pixel;
 
 namespace {
-
-/// NaN counts as 0.
-double Unit(double value) noexcept { return value > 0.0 ? std::min(value, 1.0) : 0.0; }
-uint8_t TruncatedUnit(double value) noexcept { return static_cast<uint8_t>(Unit(value) * 255.0); }
-
-bool IsKernelWidth(int32_t bytesPerPixel) noexcept { return bytesPerPixel == 4 || bytesPerPixel == 16; }
 
 /// A quantizer that lives for one call.
 class OwnedQuantizer {
@@ -117,7 +113,7 @@ HRESULT ZrDibSetUnscaled(void* bits, const RECT* bounds, int32_t stride, const R
   const HRESULT result = ZrDibPrepareSet(&width, &height, &first, bits, bounds, stride, rect, bytesPerPixel);
   if (FAILED(result) || width == 0) return result;
   if (bytesPerPixel == 4) {
-    const tZRPIXEL32 color = {TruncatedUnit(blue), TruncatedUnit(green), TruncatedUnit(red), TruncatedUnit(alpha)};
+    const tZRPIXEL32 color = {UnitByte(blue), UnitByte(green), UnitByte(red), UnitByte(alpha)};
     ForRows(first, width, height, stride, [&](uint8_t* row) {
       for (int32_t x = 0; x < width; ++x) std::memcpy(row + int64_t{x} * 4, &color, sizeof color);
     });
@@ -141,7 +137,7 @@ HRESULT ZrDibChannelSet(void* bits, const RECT* bounds, int32_t stride, const RE
   if (FAILED(result) || width == 0) return result;
   first += GetByteOffsetFromChannelEnum(channel, bytesPerPixel);
   if (bytesPerPixel == 4) {
-    const uint8_t byte = TruncatedUnit(value);
+    const uint8_t byte = UnitByte(value);
     ForRows(first, width, height, stride, [&](uint8_t* row) {
       for (int32_t x = 0; x < width; ++x) row[int64_t{x} * 4] = byte;
     });

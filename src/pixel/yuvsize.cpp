@@ -6,9 +6,6 @@
 
 namespace {
 
-constexpr uint32_t kFourCcIyuv = 0x56555949;
-constexpr uint32_t kFourCcYv12 = 0x32315659;
-
 /// A group of v210 holds 48 pixels in 128 bytes.
 constexpr int64_t kV210GroupPixels = 48;
 constexpr int64_t kV210GroupBytes = 128;
@@ -40,9 +37,9 @@ Planes PlanesOf(uint32_t compression, int64_t width, int64_t height) noexcept {
     case ZRDIB_FOURCC_Y41B:
       return Planar(width, height, width / 4, false);
     case ZRDIB_FOURCC_I420:
-    case kFourCcIyuv:
+    case ZRYUV_FOURCC_IYUV:
       return Planar(width, height, width / 2, false);
-    case kFourCcYv12:
+    case ZRYUV_FOURCC_YV12:
       return Planar(width, height, width / 2, true);
     default:
       return {};

@@ -6,8 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <numbers>
 
-#include "apps/host_run.h"
-#include "apps/sound_bytes.h"
+#include "apps/picture_files.h"
+#include "response_plot.h"
 
 namespace apps_test {
 namespace {
@@ -62,6 +62,31 @@ TEST(Filter, RunsOverEveryChannel) {
   }
 }
 
+TEST(Filter, PlotsTheResponse) {
+  if (!HasProgram("ffmpeg")) GTEST_SKIP() << "ffmpeg isn't installed";
+  Folder folder;
+  const RunResult result = RunHost({"filter", "--kind", "low", "--freq", "3000", "--png", folder / "plot.png"});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const Bytes pixels = PixelsOf(folder / "plot.png");
+  constexpr size_t kWidth = 640;
+  ASSERT_EQ(pixels.size(), 4 * kWidth * 360);
+  // 10 Hz to 24 kHz, and 0 to -120 dB; the curve is the only blue.
+  constexpr RECT kArea = host::ResponsePlot::kArea;
+  for (const double frequency : {20.0, 1000.0, 3000.0, 6000.0, 12000.0}) {
+    const double across = std::log(frequency / 10) / std::log(2400.0) * (kArea.right - kArea.left);
+    const double level = 20 * std::log10(Butterworth(frequency, 3000, 48000, 4, false));
+    const double down = level / -120 * (kArea.bottom - kArea.top);
+    const size_t column = static_cast<size_t>(kArea.left + std::lround(across));
+    double nearest = 1000;
+    for (int32_t row = kArea.top; row <= kArea.bottom; ++row) {
+      const uint8_t* pixel = &pixels[4 * (static_cast<size_t>(row) * kWidth + column)];
+      if (pixel[2] - pixel[0] < 100) continue;
+      nearest = std::min(nearest, std::fabs(row - kArea.top - down));
+    }
+    EXPECT_LE(nearest, 1.5) << frequency;
+  }
+}
+
 TEST(Filter, RefusesWhatMakesNoSense) {
   struct Case {
     std::vector<std::string> words;
@@ -77,6 +102,8 @@ TEST(Filter, RefusesWhatMakesNoSense) {
       {{"missing.wav", "out.wav", "--kind", "low", "--freq", "100"}, 1},
       {{"missing.wav", "out.wav", "--kind", "bell", "--freq", "100"}, 2},
       {{"missing.wav", "--kind", "low", "--freq", "100"}, 2},
+      {{"--kind", "low", "--freq", "100", "--png", "plot.jpg"}, 2},
+      {{"--kind", "bell", "--freq", "100", "--png", "plot.png"}, 2},
   };
   for (const Case& test : cases) {
     std::vector<std::string> words{"filter"};

@@ -15,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr const char* kCommands[] = {"convert", "filter", "info", "level", "mix", "repair"};
+constexpr const char* kCommands[] = {"convert", "filter", "info", "level", "mix", "picture", "repair"};
 
 TEST(Program, HelpEverywhereWithAnExample) {
   const RunResult top = RunHost({"--help"});

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Strings, descriptors and the ring under eight threads: each gets the right text whole.
+// Strings, descriptors, the ring and resources under threads: each gets the right text whole.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "lang_module_files.h"
+#include "marlo110k/resources.h"
+#include "platform/base/text.h"
 #include "testing/worker.h"
 
 namespace {
@@ -40,6 +42,33 @@ TEST(LanguageThreads, EveryTextIsWhole) {
   }
   EXPECT_EQ(0, wrong);
   for (int i = 0; i < 64; ++i) EXPECT_EQ(100, std::count(pieces[i], pieces[i] + 100, u'a' + i / 8));
+}
+
+// Modules come and go under other threads' lookups, and what was found stays.
+TEST(LanguageThreads, FoundResourcesStay) {
+  std::atomic<int> wrong{0};
+  {
+    std::vector<testing_support::Worker> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+      threads.emplace_back([&] {
+        const char16_t* const data = ZrResourceId(kZrDataResource);
+        HZRRESOURCE found = nullptr;
+        for (int round = 0; round < 10; ++round) {
+          HZRLANG language = nullptr;
+          plat::Module* const module = plat::LoadDataModule(plat::FromUtf8(MARLO_LANG_MAIN).c_str());
+          if (ZrLang_Open(&language, module, 0, 0) != S_OK) ++wrong;
+          const HZRRESOURCE now = ZrFindResource(language, data, ZrResourceId(8));
+          ZrLang_Close(language);
+          plat::UnloadModule(module);
+          const std::string text(static_cast<const char*>(ZrLoadResource(nullptr, now)),
+                                 ZrSizeofResource(nullptr, now));
+          if (text != "only main" || (found != nullptr && ZrSizeofResource(nullptr, found) != 9)) ++wrong;
+          found = now;
+        }
+      });
+    }
+  }
+  EXPECT_EQ(0, wrong);
 }
 
 }  // namespace

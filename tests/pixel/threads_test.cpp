@@ -5,6 +5,7 @@
 
 #include <thread>
 
+#include "marlo110k/dib_composite.h"
 #include "marlo110k/dib_copy.h"
 #include "marlo110k/dib_scale.h"
 #include "pixel/testing/picture.h"
@@ -90,6 +91,41 @@ TEST_F(PixelThreads, SameBitsWithAnyCountAndLevel) {
         ASSERT_EQ(0, Perform(operation, *dst, *src));
         if (expected.empty()) expected = dst->Copy();
         ASSERT_TRUE(expected == dst->Copy()) << "threads " << threads << " level " << static_cast<uint32_t>(level);
+      }
+    }
+  }
+}
+
+TEST_F(PixelThreads, CompositesAreTheSameWithAnyCountAndLevel) {
+  for (const int32_t type : {29, 32}) {
+    Picture src(type, 700, 500), start(type, 700, 500);
+    Random random(6270);
+    SCOPED_TRACE(random.Label());
+    if (type == 32) {
+      src.RandomizeFloats(random, -0.1, 1.1);
+      start.RandomizeFloats(random, -0.1, 1.1);
+    } else {
+      src.Randomize(random);
+      start.Randomize(random);
+    }
+    const RECT fraction{5000, 9000, 699 * 16384 + 77, 499 * 16384 + 5};
+    for (int32_t mode = 0; mode < 13; ++mode) {
+      for (const bool subpixel : {false, true}) {
+        std::vector<uint8_t> expected;
+        for (plat::VectorLevel level :
+             {plat::VectorLevel::kPlain, plat::VectorLevel::kSse2, plat::VectorLevel::kAvx2}) {
+          plat::SetVectorLevelLimit(level);
+          for (uint32_t threads : {1u, 2u, 7u}) {
+            plat::SetParallelThreads(threads);
+            Picture dst(type, 700, 500);
+            std::memcpy(dst.bits(), start.bits(), start.size());
+            const tZRDIBCOMPOSITEPARAMS params{0, mode, 0.6f, nullptr};
+            ASSERT_EQ(0, ZrDibComposite(dst.header(), dst.bits(), subpixel ? &fraction : nullptr, 0, src.header(),
+                                        src.bits(), nullptr, 0, &params, subpixel ? ZRDIB_SUBPIXEL : 0u));
+            if (expected.empty()) expected = dst.Copy();
+            ASSERT_TRUE(expected == dst.Copy()) << "type " << type << " mode " << mode << " threads " << threads;
+          }
+        }
       }
     }
   }

@@ -59,10 +59,13 @@ class StreamObject : public Interface {
 
   static bool Answers(REFIID iid) { return iid == IID_IUnknown || iid == IID_IStream; }
   /// Ends the object whatever its count: what a failed creation does.
-  void Destroy() {
+  void Destroy() { DeleteObject(1); }
+  /// What a deleter's slot does: ends the object, and frees its block when bit 0 of `flags` is set.
+  void* DeleteObject(uint32_t flags) {
     Self* object = &self();
     object->~Self();
-    FreeBlock(object);
+    if ((flags & 1) != 0) FreeBlock(object);
+    return object;
   }
 
  private:

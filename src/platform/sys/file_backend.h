@@ -2,6 +2,7 @@
 // What stands behind a file handle: the disk, a block of memory, or a test's fault injector.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "marlo110k/platform/file.h"
@@ -33,5 +34,8 @@ uint32_t ErrorOfErrno(int error) noexcept;
 // Names on disk, all with the path rules of OpenFile. True on success, else LastError() tells.
 bool FileExists(const char16_t* path) noexcept;
 bool GetFileWriteTime(const char16_t* path, uint64_t* ticksSince1601) noexcept;
+/// The path from the root on, the current folder before a relative one; links and dots stay as they are. Cut to the
+/// buffer's `capacity`.
+bool GetFullPath(const char16_t* path, char16_t* buffer, size_t capacity) noexcept;
 
 }  // namespace plat

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Names on disk: removing, renaming, looking up.
+// Names on disk: removing, renaming, looking up, full paths.
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <new>
 
 #include "platform/base/text.h"
@@ -17,6 +18,7 @@ namespace plat {
 namespace {
 
 constexpr uint32_t kErrorFileNotFound = 2;
+constexpr uint32_t kErrorPathNotFound = 3;
 constexpr uint32_t kErrorAccessDenied = 5;
 constexpr uint32_t kErrorOutOfMemory = 14;
 constexpr uint32_t kErrorSharing = 32;
@@ -123,6 +125,20 @@ bool GetFileWriteTime(const char16_t* path, uint64_t* ticksSince1601) noexcept {
     if (!found.exists || stat(found.name.c_str(), &status) != 0) return kErrorFileNotFound;
     const uint64_t seconds = static_cast<uint64_t>(status.st_mtim.tv_sec) + kSecondsFrom1601To1970;
     *ticksSince1601 = seconds * 10'000'000 + static_cast<uint64_t>(status.st_mtim.tv_nsec) / 100;
+    return 0;
+  });
+}
+
+bool GetFullPath(const char16_t* path, char16_t* buffer, size_t capacity) noexcept {
+  return Succeeds([path, buffer, capacity]() -> uint32_t {
+    if (path == nullptr || *path == 0) return kErrorPathNotFound;
+    if (*path == u'/' || *path == u'\\') {
+      CopyText(buffer, capacity, path);
+      return 0;
+    }
+    char folder[PATH_MAX];
+    if (getcwd(folder, sizeof folder) == nullptr) return ErrorOfErrno(errno);
+    CopyText(buffer, capacity, (FromUtf8(folder) + u"/" + path).c_str());
     return 0;
   });
 }

@@ -121,13 +121,12 @@ plat::SettingsKey* KeyForWriting(HZRMETRIC metric) noexcept {
   return metric != kZrKernelMetric ? KeyForReading(metric) : nullptr;
 }
 
-bool OpenKernelMetrics() noexcept {
+void OpenKernelMetrics() noexcept {
   SetLanguageStore(&kLanguageStore);
-  if (kernelMetric.load(std::memory_order_acquire) != nullptr) return true;
+  if (kernelMetric.load(std::memory_order_acquire) != nullptr) return;
   HZRMETRIC metric = nullptr;
-  const HRESULT result = ZrMetric_Open(&metric, u"Marlo Pro", kZrKernelVersion, u"Kernel");
+  ZrMetric_Open(&metric, u"Marlo Pro", kZrKernelVersion, u"Kernel");
   kernelMetric.store(metric, std::memory_order_release);
-  return SUCCEEDED(result);
 }
 
 void CloseKernelMetrics() noexcept {

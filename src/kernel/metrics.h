@@ -34,9 +34,9 @@ constexpr HRESULT CodeOfError(uint32_t error) noexcept {
   return error == 0 ? S_OK : ZrCode(0x80070000 | (error & 0xFFFF));
 }
 
-/// Opens the library's own settings, and lets the language keep its choice in the store.
-/// @return whether their key could be had; without it the defaults serve.
-bool OpenKernelMetrics() noexcept;
+/// Opens the library's own settings, and lets the language keep its choice in the store. When their key can't be had,
+/// the defaults serve.
+void OpenKernelMetrics() noexcept;
 void CloseKernelMetrics() noexcept;
 
 }  // namespace marlo

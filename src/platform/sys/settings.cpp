@@ -197,7 +197,8 @@ uint32_t ListSettingsKeys(SettingsTree tree, const char16_t* path, std::vector<s
 }
 
 std::u16string SettingsFolder() {
-  if (const char* folder = getenv("MARLO_SETTINGS_DIR")) return FromUtf8(folder);
+  const char* folder = getenv("MARLO_SETTINGS_DIR");
+  if (folder != nullptr && *folder != 0) return FromUtf8(folder);
   const char* configuration = getenv("XDG_CONFIG_HOME");
   if (configuration != nullptr && configuration[0] == '/') return FromUtf8(configuration) + u"/marlo110k";
   const char* home = getenv("HOME");

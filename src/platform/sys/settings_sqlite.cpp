@@ -41,8 +41,7 @@ constexpr const char* kStatements[] = {
     "SELECT id FROM keys WHERE parent=?1 AND folded=?2",
     "INSERT INTO keys(parent, folded, name) VALUES(?1, ?2, ?3)",
     "SELECT type, data FROM \"values\" WHERE key=?1 AND folded=?2",
-    "INSERT INTO \"values\" VALUES(?1, ?2, ?3, ?4, ?5)"
-    " ON CONFLICT(key, folded) DO UPDATE SET type=excluded.type, data=excluded.data",
+    "INSERT INTO \"values\" VALUES(?1, ?2, ?3, ?4, ?5) ON CONFLICT DO UPDATE SET type=?4, data=?5",
     "DELETE FROM \"values\" WHERE key=?1 AND folded=?2",
     "SELECT 1 FROM keys WHERE parent=?1 LIMIT 1",
     "DELETE FROM keys WHERE id=?1",

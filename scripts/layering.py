@@ -33,7 +33,7 @@ ROOMS = {
 PUBLIC_HEADERS = {
     "kernel": "clock cpu errors kernel lang list locale log os printf queue windowtext",
     "audio": "channels formattext iir levels resample samples waveformat",
-    "media": "displist iff mriff peak riff riff64 wavefile",
+    "media": "displist iff meterbuffer mriff peak riff riff64 wavefile",
     "pixel": "dib dib_composite dib_copy dib_scale yuv",
 }
 ROOM_OF_HEADER = {name + ".h": room for room, names in PUBLIC_HEADERS.items() for name in names.split()}

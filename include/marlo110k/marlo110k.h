@@ -31,6 +31,7 @@
 #include "marlo110k/list.h"
 #include "marlo110k/locale.h"
 #include "marlo110k/log.h"
+#include "marlo110k/meterbuffer.h"
 #include "marlo110k/mriff.h"
 #include "marlo110k/os.h"
 #include "marlo110k/peak.h"

@@ -91,6 +91,20 @@ save("wave_repair", "short_format", riff(b"WAVE", chunk(b"fmt ", fmt(1, 2, 44100
 save("wave_repair", "wave64", b"\xdd" * 64 + WAVE64[64:] + words(3))
 save("wave_repair", "limit", b"\xdd" * 200 + words(104))
 
+
+def peaks(bits, count, interval=100, header=64, samples=1000, channels=2, magic=b"ZRPK"):
+    head = magic + words(1, header, 0, bits, channels, interval) + struct.pack("<q", samples) + words(0) + bytes(24)
+    return head.ljust(header, b"\0") + bytes(n % 251 for n in range(count * 2 * channels * bits // 8))
+
+
+for name, image, choice in (
+        ("whole8", peaks(8, 10), 12345678), ("whole16", peaks(16, 10), 987654321), ("cut", peaks(16, 3), 409601),
+        ("long_header", peaks(8, 10, header=90), 4096 * 900), ("interval", peaks(8, 10, interval=0), 4096 * 999 + 3),
+        ("wild_length", peaks(8, 10, samples=(1 << 63) - 1), 4096 * 262143 + 512 * 7),
+        ("negative_length", peaks(8, 10, samples=-5), 4096 * 1000), ("channels", peaks(16, 10, channels=33), 4096),
+        ("magic", peaks(8, 10, magic=b"RIFF"), 4096 * 1000 + 1), ("empty", b"", 4096 * 1000)):
+    save("peak_reader", name, image + words(choice))
+
 for name, size, text in (
         ("escapes", 200, "$$ %% $% 100%"), ("token", 200, "$(AppName)$(SMPTE.Label.Drop)$(Nobody)$(Open"),
         ("separators", 200, "$*$,$:$!:$!.$!,$&:$&.%!x"), ("numbers", 200, "$(1234567.5)$(-1,0)$(.5)$(12"),

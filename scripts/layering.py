@@ -34,7 +34,7 @@ PUBLIC_HEADERS = {
     "kernel": "clock cpu dialogs errors kernel lang list locale log menus metric numtext os printf queue resources smpte streams timetext windowtext",
     "audio": "channels formattext iir levels resample samples waveformat",
     "pixel": "dib dib_alpha dib_blend dib_composite dib_copy dib_fields dib_key dib_scale hsl yuv",
-    "media": "displist iff mriff peak riff riff64 wavefile",
+    "media": "displist iff meterbuffer mriff peak riff riff64 wavefile",
 }
 ROOM_OF_HEADER = {name + ".h": room for room, names in PUBLIC_HEADERS.items() for name in names.split()}
 WHOLE_INTERFACE = "marlo110k.h"

@@ -40,6 +40,7 @@
 #include "marlo110k/log.h"
 #include "marlo110k/menus.h"
 #include "marlo110k/metric.h"
+#include "marlo110k/meterbuffer.h"
 #include "marlo110k/mriff.h"
 #include "marlo110k/numtext.h"
 #include "marlo110k/os.h"

@@ -37,5 +37,7 @@ bool GetFileWriteTime(const char16_t* path, uint64_t* ticksSince1601) noexcept;
 /// The path from the root on, the current folder before a relative one; links and dots stay as they are. Cut to the
 /// buffer's `capacity`.
 bool GetFullPath(const char16_t* path, char16_t* buffer, size_t capacity) noexcept;
+/// The folder for temporary files, with a slash at its end. A longer one than the buffer fails.
+bool GetTempFolder(char16_t* buffer, size_t capacity) noexcept;
 
 }  // namespace plat

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <new>
 
 #include "platform/base/text.h"
@@ -22,6 +23,7 @@ constexpr uint32_t kErrorPathNotFound = 3;
 constexpr uint32_t kErrorAccessDenied = 5;
 constexpr uint32_t kErrorOutOfMemory = 14;
 constexpr uint32_t kErrorSharing = 32;
+constexpr uint32_t kErrorNameTooLong = 206;
 
 constexpr uint64_t kSecondsFrom1601To1970 = 11'644'473'600;
 
@@ -139,6 +141,17 @@ bool GetFullPath(const char16_t* path, char16_t* buffer, size_t capacity) noexce
     char folder[PATH_MAX];
     if (getcwd(folder, sizeof folder) == nullptr) return ErrorOfErrno(errno);
     CopyText(buffer, capacity, (FromUtf8(folder) + u"/" + path).c_str());
+    return 0;
+  });
+}
+
+bool GetTempFolder(char16_t* buffer, size_t capacity) noexcept {
+  return Succeeds([buffer, capacity]() -> uint32_t {
+    const char* named = std::getenv("TMPDIR");
+    std::u16string folder = FromUtf8(named != nullptr && *named != 0 ? named : "/tmp");
+    if (folder.back() != u'/') folder += u'/';
+    if (folder.size() >= capacity) return kErrorNameTooLong;
+    CopyText(buffer, capacity, folder.c_str());
     return 0;
   });
 }

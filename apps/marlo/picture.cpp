@@ -55,7 +55,7 @@ constexpr char kHelp[] =
     "  -o OUT  the output, complete or not there at all\n"
     "  --json  info as one JSON document\n"
     "\n"
-    "examples:\n"
+    "example:\n"
     "  marlo picture composite city.jpg logo.png@20.5,12:opacity=0.6 -o titled.png\n"
     "  marlo picture yuv frame.raw --raw uyvy --size 1920x1080 -o frame.png\n";
 

@@ -179,6 +179,22 @@ TEST_F(SettingsFiles, ADamagedFileIsKeptAsideAndDefaultsServe) {
   EXPECT_EQ(7, Number(u"1"));
 }
 
+TEST_F(SettingsFiles, AFileOfALaterReleaseIsLeftAlone) {
+  Open();
+  ASSERT_EQ(0U, Put(u"1", 5));
+  plat::UseSettings(SettingsBackend::kFiles, folder_.Path().u16string().c_str());
+  std::string content = folder_.Get("user.db");
+  constexpr size_t kLowByteOfFormat = 63;
+  ASSERT_EQ(1, content[kLowByteOfFormat]);
+  content[kLowByteOfFormat] = 2;
+  folder_.Put("user.db", content);
+  EXPECT_EQ(-1, Number(u"1"));
+  EXPECT_EQ(1009U, Put(u"1", 6));
+  plat::UseSettings(SettingsBackend::kFiles, folder_.Path().u16string().c_str());
+  EXPECT_EQ(content, folder_.Get("user.db"));
+  EXPECT_EQ(0U, KeptFiles());
+}
+
 TEST_F(SettingsFiles, AFileCutAnywhereServesDefaultsOrItsValues) {
   Open();
   for (int i = 0; i < 300; ++i) ASSERT_EQ(0U, Put(Name(i).c_str(), 1000));

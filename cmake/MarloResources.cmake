@@ -14,7 +14,7 @@ function(marlo_add_resources target script)
   get_filename_component(file ${script} NAME)
   set(compiled ${CMAKE_CURRENT_BINARY_DIR}/${name}.res)
   set(assembly ${CMAKE_CURRENT_BINARY_DIR}/${name}_resources.S)
-  # The compiler takes a path that begins like one of its options ("/check/..." is "/C heck/...") for that option, so
+  # The compiler takes a path that begins like one of its options ("/code/..." is "/C ode/...") for that option, so
   # it gets the script by its bare name.
   add_custom_command(
     OUTPUT ${compiled}

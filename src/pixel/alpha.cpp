@@ -33,17 +33,10 @@ void CutToAlpha(Pixel* pixel) noexcept {
   pixel->r = std::min(pixel->r, pixel->a);
 }
 
-/// The matte in both scales.
-struct Matte {
-  int32_t bytes[3];
-  float floats[3];
+/// The colour that a picture was flattened on.
+struct Matte : UnitColor {
+  using UnitColor::UnitColor;
 
-  explicit Matte(const double matte[3]) noexcept {
-    for (int channel = 0; channel < 3; ++channel) {
-      bytes[channel] = UnitByte(matte[channel]);
-      floats[channel] = static_cast<float>(Unit(matte[channel]));
-    }
-  }
   void TakeFrom(tZRPIXEL32* pixel) const noexcept {
     uint8_t* const colors = &pixel->b;
     const int32_t alpha = pixel->a;

@@ -49,16 +49,9 @@ struct Over {
 };
 
 /// Takes the matte out of the source while laying it over.
-struct OverMatte {
-  int32_t bytes[3];
-  float floats[3];
+struct OverMatte : UnitColor {
+  using UnitColor::UnitColor;
 
-  explicit OverMatte(const double matte[3]) noexcept {
-    for (int channel = 0; channel < 3; ++channel) {
-      bytes[channel] = UnitByte(matte[channel]);
-      floats[channel] = static_cast<float>(Unit(matte[channel]));
-    }
-  }
   void operator()(tZRPIXEL32* d, const tZRPIXEL32* s) const noexcept {
     uint8_t* const to = ChannelsOf(d);
     const uint8_t* const from = ChannelsOf(s);
@@ -100,17 +93,12 @@ struct MoveBySourceAlpha {
   void operator()(tZRPIXEL128* d, const tZRPIXEL128* s) const noexcept { *d = Moved(*d, *s, weight * s->a); }
 };
 
-struct BlendToward {
-  int32_t bytes[3], alphaByte;
-  float floats[3], alpha;
+struct BlendToward : UnitColor {
+  int32_t alphaByte;
+  float alpha;
 
   explicit BlendToward(const double color[4]) noexcept
-      : alphaByte(UnitByte(color[3])), alpha(static_cast<float>(Unit(color[3]))) {
-    for (int channel = 0; channel < 3; ++channel) {
-      bytes[channel] = UnitByte(color[channel]);
-      floats[channel] = static_cast<float>(Unit(color[channel]));
-    }
-  }
+      : UnitColor(color), alphaByte(UnitByte(color[3])), alpha(static_cast<float>(Unit(color[3]))) {}
   void operator()(tZRPIXEL32* d) const noexcept {
     uint8_t* const to = ChannelsOf(d);
     for (int channel = 0; channel < 3; ++channel) {

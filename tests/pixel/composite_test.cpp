@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "marlo110k/dib_composite.h"
 #include "pixel/composite_rows.h"
 #include "pixel/testing/composite_reference.h"
@@ -236,6 +238,112 @@ TEST_F(PixelComposite, FloatsAddWithoutClampInColour) {
   const float* const result = reinterpret_cast<const float*>(dst.bits());
   EXPECT_EQ(1.25f, result[0]);
   EXPECT_EQ(1.0f, result[3]);
+}
+
+/// One axis of a composite between pixels, by its rule: where a destination pixel reads, and how much of it is covered.
+struct AxisReference {
+  int64_t first, count, start, step, lastSource, leading, trailing;
+
+  AxisReference(int32_t low, int32_t high, int32_t sourceLow, int32_t sourceHigh, int32_t stepOf)
+      : first(low >> 14), start(sourceLow), step(std::max(stepOf, 0)) {
+    const int64_t end = (int64_t{high} + 16383) >> 14;
+    count = end - first;
+    leading = count < 2 ? high - low : (first + 1) * 16384 - low;
+    trailing = count < 2 ? leading : high - (end - 1) * 16384;
+    lastSource = std::max<int64_t>(((int64_t{sourceHigh} + 16383) >> 14) - 1, 0);
+  }
+  int64_t Scaled(int64_t weight, int64_t index) const {
+    if (index == 0) return weight * leading / 16384;
+    return index == count - 1 ? weight * trailing / 16384 : weight;
+  }
+  /// In 18.14; the last pixel reads the last source pixel alone.
+  int64_t Place(int64_t index) const {
+    if (index == count - 1) return lastSource * 16384;
+    const int64_t place = index == 0 ? start : start + step * leading / 16384 + (index - 1) * step;
+    return std::min(place, lastSource * 16384);
+  }
+};
+
+TEST_F(PixelComposite, BetweenPixelsFollowsTheRule) {
+  Random random(6203);
+  SCOPED_TRACE(random.Label());
+  for (int round = 0; round < 600; ++round) {
+    const bool floats = random.Between(0, 1) != 0;
+    const auto size = [&](int64_t most) { return static_cast<int32_t>(random.Between(1, most)); };
+    Picture dst(floats ? 32 : 29, size(14), size(7)), src(floats ? 32 : 29, size(14), size(7));
+    for (Picture* picture : {&dst, &src}) floats ? picture->RandomizeFloats(random, 0, 1) : picture->Randomize(random);
+    const auto place = [&](Picture& picture) {
+      const auto at = [&](int32_t extent) { return static_cast<int32_t>(random.Between(-9000, (extent + 1) * 16384)); };
+      RECT rect = {at(picture.width()), at(picture.height()), at(picture.width()), at(picture.height())};
+      if (rect.left > rect.right) std::swap(rect.left, rect.right);
+      if (rect.top > rect.bottom) std::swap(rect.top, rect.bottom);
+      rect.left |= 1;  // Never whole pixels, which go another way.
+      return rect;
+    };
+    const RECT to = place(dst), from = place(src);
+    const SIZE dstSize = {dst.width(), dst.height()}, srcSize = {src.width(), src.height()};
+    tZRDIBSUBPIXELPARAMS record;
+    const bool visible = ZrPrepareSubpixelParam(&record, dst.top(), &dstSize, -dst.stride(), &to, src.top(), &srcSize,
+                                                -src.stride(), &from) != 0;
+    const auto mode = static_cast<int32_t>(random.Between(0, 12));
+    const float opacity = random.Between(0, 2) == 0 ? 1.0f : static_cast<float>(random.Real(0, 1));
+    const std::vector<uint8_t> before = dst.Copy();
+    ASSERT_EQ(0, Composite(dst, &to, src, &from, Request(mode, opacity), ZRDIB_SUBPIXEL));
+    if (!visible) {
+      ASSERT_EQ(before, dst.Copy());
+      continue;
+    }
+    const AxisReference x(record.dstClipped.left, record.dstClipped.right, record.srcFinal.left, record.srcFinal.right,
+                          record.stepX);
+    const AxisReference y(record.dstClipped.top, record.dstClipped.bottom, record.srcFinal.top, record.srcFinal.bottom,
+                          record.stepY);
+    const int32_t bytes = floats ? 16 : 4;
+    for (int64_t row = 0; row < y.count; ++row) {
+      for (int64_t column = 0; column < x.count; ++column) {
+        SCOPED_TRACE(testing::Message() << "round " << round << " mode " << mode << " at " << column << ", " << row);
+        const int64_t weight = x.Scaled(y.Scaled(static_cast<int64_t>(opacity * 16384.0), row), column);
+        const int64_t placeX = x.Place(column), placeY = y.Place(row);
+        const int64_t fx = placeX & 16383, fy = placeY & 16383;
+        const int64_t weights[4] = {(16384 - fx) * (16384 - fy), fx * (16384 - fy), (16384 - fx) * fy, fx * fy};
+        const uint8_t* corners[4];
+        for (int corner = 0; corner < 4; ++corner) {
+          const int64_t sx = std::min((placeX >> 14) + corner % 2, x.lastSource);
+          const int64_t sy = std::min((placeY >> 14) + corner / 2, y.lastSource);
+          corners[corner] = src.top(static_cast<int32_t>(sy)) + sx * bytes;
+        }
+        const uint8_t* got = dst.top(static_cast<int32_t>(y.first + row)) + (x.first + column) * bytes;
+        const uint8_t* was = before.data() + (got - dst.bits());
+        if (floats) {
+          double s[4], d[4];
+          float value;
+          for (int channel = 0; channel < 4; ++channel) {
+            s[channel] = 0;
+            for (int corner = 0; corner < 4; ++corner) {
+              std::memcpy(&value, corners[corner] + channel * 4, 4);
+              s[channel] += value * (static_cast<double>(weights[corner]) / (16384.0 * 16384.0));
+            }
+            std::memcpy(&value, was + channel * 4, 4);
+            d[channel] = value;
+          }
+          ReferenceComposite(mode, static_cast<double>(weight) / 16384, d, s);
+          for (int channel = 0; channel < 4; ++channel) {
+            std::memcpy(&value, got + channel * 4, 4);
+            ASSERT_NEAR(d[channel], value, 1e-5 * (1 + std::abs(d[channel])));
+          }
+          continue;
+        }
+        uint8_t s[4];
+        for (int channel = 0; channel < 4; ++channel) {
+          int64_t sum = 0;
+          for (int corner = 0; corner < 4; ++corner) sum += corners[corner][channel] * (weights[corner] / 16384);
+          s[channel] = static_cast<uint8_t>(sum / 16384);
+        }
+        const tZRPIXEL32 expected = ReferenceComposite(mode, static_cast<int32_t>(weight),
+                                                       {was[0], was[1], was[2], was[3]}, {s[0], s[1], s[2], s[3]});
+        ASSERT_EQ(Values(expected), (std::vector<int>{got[0], got[1], got[2], got[3]}));
+      }
+    }
+  }
 }
 
 TEST_F(PixelComposite, RandomPlacesStayInsideAndOutsideIsKept) {

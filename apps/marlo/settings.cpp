@@ -124,7 +124,12 @@ void Walk(const Product& product, const std::u16string& key, const Visit& visit)
     if (ZrRegGetSubKeyName(ZRREG_CURRENT_USER, path.c_str(), i, name.data(), longest) != 0)
       names.push_back(name.c_str());
   }
-  for (const std::u16string& name : names) Walk(product, key.empty() ? name : key + u"\\" + name, visit);
+  for (const std::u16string& name : names) {
+    std::u16string subKey = key;
+    if (!subKey.empty()) subKey += u'\\';
+    subKey += name;
+    Walk(product, subKey, visit);
+  }
 }
 
 void List(const Product& product, const std::u16string& from) {

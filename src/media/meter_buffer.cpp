@@ -17,7 +17,8 @@ constexpr uint32_t kClipSamples = 3;
 constexpr int kMostTries = 4;
 
 int64_t FramesOfTime(int64_t time, uint32_t rate) noexcept {
-  return static_cast<int64_t>(static_cast<double>(time) * 1e-7 * rate + 0.5);
+  constexpr double kHalfUp = 0.5;  // Before the cut: half a frame and more go up.
+  return static_cast<int64_t>(static_cast<double>(time) * 1e-7 * rate + kHalfUp);
 }
 
 /// Type and window of the power ring, as one word.

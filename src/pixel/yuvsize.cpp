@@ -50,9 +50,11 @@ Planes PlanesOf(uint32_t compression, int64_t width, int64_t height) noexcept {
 
 uint32_t ZrYUVImageBytesAndOffsets(const BITMAPINFOHEADER* header, uint32_t offsets[5]) noexcept {
   Planes planes = {};
-  if (header && header->biWidth > 0 && header->biHeight > 0) {
+  // No layout has less than a byte a pixel, and beyond that the row lengths of some wouldn't fit the products.
+  if (header && header->biWidth > 0 && header->biHeight > 0 &&
+      int64_t{header->biWidth} * header->biHeight <= int64_t{UINT32_MAX}) {
     planes = PlanesOf(header->biCompression, header->biWidth, header->biHeight);
-    if (planes.bytes < 0 || planes.bytes > int64_t{UINT32_MAX}) planes = {};
+    if (planes.bytes > int64_t{UINT32_MAX}) planes = {};
   }
   if (offsets) {
     offsets[0] = static_cast<uint32_t>(planes.lumaRow);

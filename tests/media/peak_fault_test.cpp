@@ -137,7 +137,7 @@ TEST(PeakFault, CancelledBuilds) {
   EXPECT_EQ(peak->BuildPeaks(ZRAUDIOPEAK_KEEPPART | ZRAUDIOPEAK_SAMPLES, &follower), S_OK);
   tZRAUDIOPEAK_HEADER header;
   peak->GetPeakHeader(&header, sizeof header);
-  EXPECT_EQ(header.samples, 0x18000 / 2);
+  EXPECT_EQ(int64_t{header.samples}, 0x18000 / 2);
   EXPECT_EQ(folder.Get("a.zrk").size(), 64u + (0x18000 / 2 + 99) / 100 * 2);
   EXPECT_EQ(peak->IsPeakFileValid(), 0);
   follower.cancelAt = -1;

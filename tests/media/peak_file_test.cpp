@@ -62,8 +62,8 @@ TEST(PeakFile, HeaderNamesAndValidity) {
   tZRAUDIOPEAK_HEADER header;
   peak->GetPeakHeader(&header, sizeof header);
   // 2023-11-14 22:13:21 UTC: hours << 11 | minutes << 5 | seconds / 2, and years from 1980 << 9 | month << 5 | day.
-  EXPECT_EQ(header.mediaTimeUtc, (22u << 11 | 13u << 5 | 10u) << 16 | 43u << 9 | 11u << 5 | 14u);
-  EXPECT_EQ(header.interval, 256u);
+  EXPECT_EQ(uint32_t{header.mediaTimeUtc}, (22u << 11 | 13u << 5 | 10u) << 16 | 43u << 9 | 11u << 5 | 14u);
+  EXPECT_EQ(uint32_t{header.interval}, 256u);
   EXPECT_EQ(folder.Get("take.zrk").size(), 64u + 16);
 
   EXPECT_EQ(peak->BuildPeaks(ZRAUDIOPEAK_16BIT, nullptr), ZR_S_PEAKS_VALID);

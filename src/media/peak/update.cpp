@@ -111,7 +111,8 @@ HRESULT AudioPeak::UpdatePeaks(const void* buffer, int64_t start, int64_t count,
   DropMemoryCopy();
   const HRESULT result = UpdateEntries(buffer, start, count, sampleType);
   if (FAILED(result)) return result;
-  file_.header.samples = std::max(file_.header.samples, start + count);
+  // By value: the packed field has no alignment to refer to.
+  file_.header.samples = std::max(int64_t{file_.header.samples}, start + count);
   file_.dirty = true;
   return UpdateHeader();
 }

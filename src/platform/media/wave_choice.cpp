@@ -7,6 +7,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "marlo110k/platform/wave.h"
 #include "platform/base/text.h"
@@ -21,27 +22,26 @@ namespace {
 
 constexpr std::string_view kFileWord = "file:";
 
-/// The choice. Everything is guarded by `mutex`, which calls into the backend hold.
+/// The choice. Everything is guarded by `mutex`, which calls into the backend hold. It has no destructor: devices of
+/// threads that outlive the library's statics may still ask.
 struct Choice {
   std::mutex mutex;
   uint32_t openDevices = 0;
   WaveBackend* backend = nullptr;  ///< Null until the first use.
-  std::unique_ptr<WaveBackend> owned;
+  WaveBackend* owned = nullptr;
   Module* module = nullptr;  ///< Of `owned`, when it came from one.
 
   void Drop() {
     backend = nullptr;
-    owned.reset();
+    delete owned;
+    owned = nullptr;
     if (module != nullptr) UnloadModule(module);
     module = nullptr;
   }
 };
 
-Choice& TheChoice() {
-  // Never destroyed: devices of threads that outlive the library's statics may still ask.
-  static Choice& choice = *new Choice;
-  return choice;
-}
+constinit Choice theChoice;
+static_assert(std::is_trivially_destructible_v<Choice>);
 
 /// Backend modules stand in a folder beside the library, or in the library folder beside the program's.
 Module* LoadWaveModule(std::string_view word) {
@@ -92,9 +92,9 @@ Candidate MakeDefault() {
 /// The lock is held.
 void Adopt(Choice& choice, Candidate candidate) {
   choice.Drop();
-  choice.owned = std::move(candidate.backend);
+  choice.owned = candidate.backend.release();
   choice.module = candidate.module;
-  choice.backend = choice.owned.get();
+  choice.backend = choice.owned;
 }
 
 /// The lock is held.
@@ -104,7 +104,7 @@ WaveBackend* InUse(Choice& choice) {
 }
 
 __attribute__((destructor(kStopAtUnload))) void EndWaveBackend() {
-  Choice& choice = TheChoice();
+  Choice& choice = theChoice;
   const std::lock_guard guard(choice.mutex);
   if (choice.openDevices == 0) choice.Drop();
 }
@@ -113,7 +113,7 @@ __attribute__((destructor(kStopAtUnload))) void EndWaveBackend() {
 
 bool ChooseWaveBackend(const char* word) noexcept {
   const bool standard = word == nullptr || *word == 0;
-  Choice& choice = TheChoice();
+  Choice& choice = theChoice;
   const std::lock_guard guard(choice.mutex);
   if (choice.openDevices != 0) return false;
   Candidate candidate = standard ? MakeDefault() : Make(word);
@@ -123,13 +123,13 @@ bool ChooseWaveBackend(const char* word) noexcept {
 }
 
 const char* WaveBackendName() noexcept {
-  Choice& choice = TheChoice();
+  Choice& choice = theChoice;
   const std::lock_guard guard(choice.mutex);
   return InUse(choice)->Name();
 }
 
 bool UseWaveBackend(WaveBackend* backend) noexcept {
-  Choice& choice = TheChoice();
+  Choice& choice = theChoice;
   const std::lock_guard guard(choice.mutex);
   if (choice.openDevices != 0) return false;
   choice.Drop();
@@ -138,17 +138,17 @@ bool UseWaveBackend(WaveBackend* backend) noexcept {
 }
 
 WaveBackendUse::WaveBackendUse() noexcept {
-  Choice& choice = TheChoice();
+  Choice& choice = theChoice;
   choice.mutex.lock();
   backend_ = InUse(choice);
 }
 
-WaveBackendUse::~WaveBackendUse() { TheChoice().mutex.unlock(); }
+WaveBackendUse::~WaveBackendUse() { theChoice.mutex.unlock(); }
 
-void AddOpenWaveDevice() noexcept { ++TheChoice().openDevices; }
+void AddOpenWaveDevice() noexcept { ++theChoice.openDevices; }
 
 void RemoveOpenWaveDevice() noexcept {
-  Choice& choice = TheChoice();
+  Choice& choice = theChoice;
   const std::lock_guard guard(choice.mutex);
   --choice.openDevices;
 }

@@ -50,13 +50,18 @@ int32_t PutShortestClock(char16_t* destination, uint32_t size, int64_t ticks) no
   return Put(destination, size, clock.minutes < 10 ? u"%u$:%02u" : u"%02u$:%02u", clock.minutes, clock.seconds);
 }
 
+/// Counted from 0 or from 1; the largest count stays.
+int32_t Counted(int32_t value, bool fromOne) noexcept {
+  return value == std::numeric_limits<int32_t>::max() ? value : value + (fromOne ? 1 : 0);
+}
+
 int32_t PutMusic(char16_t* destination, uint32_t size, const _zrposfmt& format, const char16_t* text, int64_t ticks,
                  bool fromOne) noexcept {
   int32_t measures = 0;
   int32_t beats = 0;
   int32_t musicTicks = 0;
   ZrNanoTimeToMeasures(ticks, &format, &measures, &beats, &musicTicks);
-  return Put(destination, size, text, measures + fromOne, beats + fromOne, musicTicks);
+  return Put(destination, size, text, Counted(measures, fromOne), Counted(beats, fromOne), musicTicks);
 }
 
 int32_t PutFeet(char16_t* destination, uint32_t size, const char16_t* text, int64_t ticks, double rate,

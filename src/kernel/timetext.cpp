@@ -2,6 +2,8 @@
 // Writes positions.
 #include "marlo110k/timetext.h"
 
+#include <limits>
+
 #include "kernel/time_arithmetic.h"
 #include "kernel/timetext_table.h"
 #include "marlo110k/printf.h"

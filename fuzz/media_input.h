@@ -9,6 +9,7 @@
 #include <cstring>
 #include <vector>
 
+#include "../tests/testing/memory_file.h"
 #include "marlo110k/platform/file.h"
 
 namespace fuzzing {
@@ -16,36 +17,9 @@ namespace fuzzing {
 /// Room that a call may add to a file: enough for any honest growth, far too little for a declared size.
 inline constexpr uint64_t kGrowthBytes = 1 << 16;
 
-class MemoryFile {
+class MemoryFile : public testing_support::MemoryFile {
  public:
-  MemoryFile(const uint8_t* data, size_t bytes) : file_(plat::OpenMemoryFile(data, bytes, bytes + kGrowthBytes)) {}
-  ~MemoryFile() { plat::CloseFile(file_); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  operator plat::File*() const { return file_; }
-  uint64_t Position() const {
-    uint64_t position = 0;
-    plat::SeekFile(file_, 0, plat::kSeekCurrent, &position);
-    return position;
-  }
-  void MoveTo(uint64_t position) const {
-    plat::SeekFile(file_, static_cast<int64_t>(position), plat::kSeekStart, nullptr);
-  }
-  uint64_t Length() const {
-    uint64_t bytes = 0;
-    plat::GetFileBytes(file_, &bytes);
-    return bytes;
-  }
-  std::vector<uint8_t> Bytes() const {
-    std::vector<uint8_t> bytes(Length());
-    MoveTo(0);
-    plat::ReadFile(file_, bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr);
-    return bytes;
-  }
-
- private:
-  plat::File* file_;
+  MemoryFile(const uint8_t* data, size_t bytes) : testing_support::MemoryFile(data, bytes, kGrowthBytes) {}
 };
 
 /// Ends the run when a property doesn't hold.

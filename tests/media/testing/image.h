@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "marlo110k/platform/file.h"
+#include "testing/memory_file.h"
 
 namespace media_testing {
 
@@ -65,41 +66,11 @@ class Image {
   std::vector<uint8_t> bytes_;
 };
 
-/// A file in memory with room to grow, closed with the object.
-class MemoryFile {
+/// A file in memory that holds an image.
+class MemoryFile : public testing_support::MemoryFile {
  public:
   explicit MemoryFile(const Image& image = {}, uint64_t roomBytes = 1 << 20)
-      : file_(plat::OpenMemoryFile(image.Data(), image.Size(), image.Size() + roomBytes)) {}
-  ~MemoryFile() { plat::CloseFile(file_); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  operator plat::File*() const { return file_; }
-  uint64_t Position() const {
-    uint64_t position = 0;
-    plat::SeekFile(file_, 0, plat::kSeekCurrent, &position);
-    return position;
-  }
-  void MoveTo(uint64_t position) const {
-    plat::SeekFile(file_, static_cast<int64_t>(position), plat::kSeekStart, nullptr);
-  }
-  uint64_t Length() const {
-    uint64_t bytes = 0;
-    plat::GetFileBytes(file_, &bytes);
-    return bytes;
-  }
-  /// All bytes; the position stays.
-  std::vector<uint8_t> Bytes() const {
-    const uint64_t position = Position();
-    std::vector<uint8_t> bytes(Length());
-    MoveTo(0);
-    plat::ReadFile(file_, bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr);
-    MoveTo(position);
-    return bytes;
-  }
-
- private:
-  plat::File* file_;
+      : testing_support::MemoryFile(image.Data(), image.Size(), roomBytes) {}
 };
 
 /// A path in the temporary folder that belongs to one test; the file goes with the object.

@@ -31,20 +31,6 @@ constexpr typename Rule::Raw StartOfHigh() noexcept {
   }
 }
 
-/// Big-endian types run as their little-endian twins.
-uint32_t ArrayType(uint32_t sampleType) noexcept {
-  switch (sampleType) {
-    case ZRSAMPLETYPE_PCM16BE:
-      return ZRSAMPLETYPE_PCM16;
-    case ZRSAMPLETYPE_PCM24BE:
-      return ZRSAMPLETYPE_PCM24;
-    case ZRSAMPLETYPE_PCM32BE:
-      return ZRSAMPLETYPE_PCM32;
-    default:
-      return sampleType;
-  }
-}
-
 template <class Peak, class Rule, WidenFunction kWiden>
 int32_t MinMax(void* dest, int64_t destIndex, int64_t step, const void** source, int64_t* frames, int64_t* phase,
                uint32_t channels, tZRAUDIOPEAK_SAMPLESMINMAX* running) noexcept {
@@ -111,6 +97,19 @@ bool VisitPair(uint32_t peakType, uint32_t sampleType, Visit&& visit) noexcept {
 }
 
 }  // namespace
+
+uint32_t LittleEndianTwin(uint32_t sampleType) noexcept {
+  switch (sampleType) {
+    case ZRSAMPLETYPE_PCM16BE:
+      return ZRSAMPLETYPE_PCM16;
+    case ZRSAMPLETYPE_PCM24BE:
+      return ZRSAMPLETYPE_PCM24;
+    case ZRSAMPLETYPE_PCM32BE:
+      return ZRSAMPLETYPE_PCM32;
+    default:
+      return sampleType;
+  }
+}
 }  // namespace marlo::peak
 
 using namespace marlo;
@@ -118,7 +117,7 @@ using namespace marlo::peak;
 
 void ZrAudioPeak_InitMinMaxArray(uint32_t sampleType, uint32_t channels, tZRAUDIOPEAK_SAMPLESMINMAX* array) noexcept {
   if (array == nullptr) return;
-  VisitRule(KernelRules{}, ArrayType(sampleType), [&](auto rule) {
+  VisitRule(KernelRules{}, LittleEndianTwin(sampleType), [&](auto rule) {
     using Rule = decltype(rule);
     for (uint32_t channel = 0; channel < channels; ++channel) {
       Rule::Write(array->pairs + size_t{2} * channel * Rule::kBytes, StartOfLow<Rule>());
@@ -140,7 +139,7 @@ HRESULT ZrAudioPeak_PrimeMinMaxArray(uint32_t destType, uint32_t channels, tZRAU
     std::memcpy(array->pairs, sourcePairs, static_cast<size_t>(values) * sourceBytes);
     return S_OK;
   }
-  const ZRAUDIOCOPYFUNCTION copy = ZrAudio_GetCopyFunction2(ArrayType(destType), sourceType);
+  const ZRAUDIOCOPYFUNCTION copy = ZrAudio_GetCopyFunction2(LittleEndianTwin(destType), sourceType);
   if (copy == nullptr) return E_INVALIDARG;
   copy(array->pairs, sourcePairs, values, 1.0f);
   return S_OK;

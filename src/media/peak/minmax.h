@@ -88,4 +88,7 @@ void WidenPlain(const uint8_t* samples, int64_t frames, uint32_t channels, uint8
 template <class Rule>
 void WidenAvx2(const uint8_t* samples, int64_t frames, uint32_t channels, uint8_t* pairs) noexcept;
 
+/// Big-endian types run as their little-endian twins; other types stay.
+uint32_t LittleEndianTwin(uint32_t sampleType) noexcept;
+
 }  // namespace marlo::peak

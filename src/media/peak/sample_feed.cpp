@@ -15,16 +15,8 @@ constexpr HRESULT kSamplesMissing = ZrCode(0x800A0026);
 constexpr int64_t kMostReadAhead = 0x10000000;
 
 uint32_t TypeForKernel(uint32_t peakType, uint32_t sampleType) noexcept {
-  switch (sampleType) {
-    case ZRSAMPLETYPE_PCM16BE:
-      return ZRSAMPLETYPE_PCM16;
-    case ZRSAMPLETYPE_PCM24BE:
-      return ZRSAMPLETYPE_PCM24;
-    case ZRSAMPLETYPE_PCM32BE:
-      return ZRSAMPLETYPE_PCM32;
-    default:
-      return VisitRule(KernelRules{}, sampleType, [](auto) {}) ? sampleType : NamedPeakType(peakType);
-  }
+  const uint32_t twin = LittleEndianTwin(sampleType);
+  return VisitRule(KernelRules{}, twin, [](auto) {}) ? twin : NamedPeakType(peakType);
 }
 
 }  // namespace

@@ -8,6 +8,10 @@
 
 namespace marlo::pixel {
 
+/// Operations that the library asks for itself.
+inline constexpr int32_t kMoveByWeight = 3;
+inline constexpr int32_t kUnmixKey = 14;
+
 /// Moves `from` toward `to`; weights are 65535-based and the shift rounds down.
 inline int32_t MovedWord(int32_t from, int32_t to, int32_t weight) noexcept {
   return from + static_cast<int32_t>(int64_t{to - from} * weight >> 16);

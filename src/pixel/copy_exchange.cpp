@@ -17,8 +17,6 @@ namespace {
 constexpr uint32_t kFeatherFlags =
     ZRDIB_FEATHER_FIRST_ROWS | ZRDIB_FEATHER_LAST_ROWS | ZRDIB_FEATHER_LEFT | ZRDIB_FEATHER_RIGHT;
 
-constexpr int32_t kMoveByWeight = 3;
-
 /// One copy or blend. The exchange records here are models: each block of rows works on copies of them.
 class ExchangeCopy {
  public:

@@ -8,6 +8,7 @@
 
 #include "marlo110k/dib_copy.h"
 #include "marlo110k/dib_key.h"
+#include "pixel/blendops.h"
 #include "pixel/copy_kernels.h"
 #include "pixel/descriptor.h"
 #include "pixel/exchange.h"
@@ -17,8 +18,6 @@ using namespace marlo::pixel;
 
 namespace {
 
-constexpr int32_t kMoveByWeight = 3;
-constexpr int32_t kUnmixKey = 14;
 /// By the request's mask operation.
 constexpr int32_t kMaskOps[] = {15, 16, 17, 16};
 constexpr double kLeastBlur = 0.499;

@@ -214,7 +214,7 @@ ZR_API void ZrAudio_DestroyWaveFileStreamReader(CZrAudioPeakStreamReader* reader
 /// Widens the running pairs frame by frame until a peak is complete or the frames are used up. Each frame adds 16384
 /// to the phase; when that reaches `step` the pairs are stored as peak `destIndex`, step is taken off, and the next
 /// peak begins with the frame just used, so that neighbouring peaks share a frame and a drawn curve has no gaps.
-/// @param source, frames, phase move on. @param channels 1 to 32.
+/// @param source, frames, phase move on. @param channels 1 to 32; any other count uses the frames up.
 /// @return 1 when a peak was stored, 0 when the frames ran out first.
 using ZRAUDIOPEAKMINMAXFUNCTION = int32_t (*)(void* dest, int64_t destIndex, int64_t step, const void** source,
                                               int64_t* frames, int64_t* phase, uint32_t channels,
@@ -223,11 +223,12 @@ using ZRAUDIOPEAKMINMAXFUNCTION = int32_t (*)(void* dest, int64_t destIndex, int
 using ZRAUDIOPEAKRESAMPLEFUNCTION = HRESULT (*)(void* dest, int64_t a, int64_t b, int64_t phase, const void* source,
                                                 int64_t sourceEntries, uint32_t channels) noexcept;
 
-/// Fills the array so that any sample replaces it. An unknown type, no channels or a null array is no work.
+/// Fills the array so that any sample replaces it. An unknown type, a channel count outside 1 to 32
+/// or a null array is no work.
 ZR_API void ZrAudioPeak_InitMinMaxArray(uint32_t sampleType, uint32_t channels,
                                         tZRAUDIOPEAK_SAMPLESMINMAX* array) noexcept;
 /// Fills the array from pairs of another type. @param sourceType PCM16, PCM32, FLOAT32 or PCM8SIGNED, else
-/// E_INVALIDARG.
+/// E_INVALIDARG, as for a channel count outside 1 to 32 and null pointers.
 ZR_API HRESULT ZrAudioPeak_PrimeMinMaxArray(uint32_t destType, uint32_t channels, tZRAUDIOPEAK_SAMPLESMINMAX* array,
                                             uint32_t sourceType, const void* sourcePairs) noexcept;
 /// The kernel from samples to peaks: sample types PCM8, PCM16, PCM24, PCM32, FLOAT32, FLOAT64 and PCM8SIGNED; null for

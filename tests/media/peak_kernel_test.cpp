@@ -145,6 +145,29 @@ TEST(PeakKernel, ValuesOfEveryPairOfTypes) {
   EXPECT_EQ(ZrAudioPeak_GetMinMaxFunction(ZRSAMPLETYPE_PCM24, ZRSAMPLETYPE_PCM16), nullptr);
 }
 
+TEST(PeakKernel, ChannelsBeyondTheArrayTouchNothing) {
+  const std::vector<uint8_t> samples(4096, 0x55);
+  for (const uint32_t channels : {0u, 33u, 0x80000000u}) {
+    struct {
+      tZRAUDIOPEAK_SAMPLESMINMAX array;
+      uint8_t behind[64];
+    } guarded;
+    std::memset(&guarded, 0xA5, sizeof guarded);
+    const std::vector<uint8_t> before(reinterpret_cast<uint8_t*>(&guarded),
+                                      reinterpret_cast<uint8_t*>(&guarded) + sizeof guarded);
+    ZrAudioPeak_InitMinMaxArray(ZRSAMPLETYPE_FLOAT64, channels, &guarded.array);
+    EXPECT_EQ(E_INVALIDARG, ZrAudioPeak_PrimeMinMaxArray(ZRSAMPLETYPE_FLOAT32, channels, &guarded.array,
+                                                         ZRSAMPLETYPE_FLOAT32, samples.data()));
+    const void* source = samples.data();
+    int64_t frames = 3;
+    int64_t phase = 0;
+    EXPECT_EQ(0, ZrAudioPeak_CalcMinMax(ZRSAMPLETYPE_PCM16, ZRSAMPLETYPE_PCM16, &guarded.behind, 0, 16384, &source,
+                                        &frames, &phase, channels, &guarded.array));
+    EXPECT_EQ(0, frames);
+    EXPECT_EQ(0, std::memcmp(before.data(), &guarded, sizeof guarded)) << channels;
+  }
+}
+
 TEST(PeakResample, MakesExactlyTheWantedPeaks) {
   const int16_t source[] = {-1, 1, -7, 2, 0, 9, -2, 3, -3, 4, -5, 5, -4, 6};
   int16_t peaks[6] = {};

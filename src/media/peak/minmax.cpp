@@ -31,9 +31,16 @@ constexpr typename Rule::Raw StartOfHigh() noexcept {
   }
 }
 
+/// The running pairs have room for so many channels.
+bool FitsArray(uint32_t channels) noexcept { return channels >= 1 && channels <= kZrAudioPeakMaxChannels; }
+
 template <class Peak, class Rule, WidenFunction kWiden>
 int32_t MinMax(void* dest, int64_t destIndex, int64_t step, const void** source, int64_t* frames, int64_t* phase,
                uint32_t channels, tZRAUDIOPEAK_SAMPLESMINMAX* running) noexcept {
+  if (!FitsArray(channels)) {
+    *frames = 0;
+    return 0;
+  }
   const auto* samples = static_cast<const uint8_t*>(*source);
   const size_t frameBytes = size_t{channels} * Rule::kBytes;
   // The frame that brings the phase up to the step is the last one of the peak; a peak has one frame at least.
@@ -110,13 +117,14 @@ uint32_t LittleEndianTwin(uint32_t sampleType) noexcept {
       return sampleType;
   }
 }
+
 }  // namespace marlo::peak
 
 using namespace marlo;
 using namespace marlo::peak;
 
 void ZrAudioPeak_InitMinMaxArray(uint32_t sampleType, uint32_t channels, tZRAUDIOPEAK_SAMPLESMINMAX* array) noexcept {
-  if (array == nullptr) return;
+  if (array == nullptr || !FitsArray(channels)) return;
   VisitRule(KernelRules{}, LittleEndianTwin(sampleType), [&](auto rule) {
     using Rule = decltype(rule);
     for (uint32_t channel = 0; channel < channels; ++channel) {
@@ -131,7 +139,7 @@ HRESULT ZrAudioPeak_PrimeMinMaxArray(uint32_t destType, uint32_t channels, tZRAU
   using PrimeRules = RuleList<Pcm16Rule, Pcm32Rule, Float32Rule, Pcm8SignedRule>;
   size_t sourceBytes = 0;
   if (!VisitRule(PrimeRules{}, sourceType, [&](auto rule) { sourceBytes = decltype(rule)::kBytes; }) ||
-      array == nullptr || sourcePairs == nullptr) {
+      array == nullptr || sourcePairs == nullptr || !FitsArray(channels)) {
     return E_INVALIDARG;
   }
   const int64_t values = int64_t{2} * channels;
